@@ -1,0 +1,355 @@
+#include "processor/VantrelSampivoAudioProcessor.h"
+
+#include "editor/SampivoEditor.h"
+#include "sampler/SamplerSoundLog.h"
+#include "sampler/SamplerVoiceLog.h"
+#include "SampivoBuildInfo.h"
+
+#include <cmath>
+
+namespace
+{
+constexpr auto relaxed = std::memory_order_relaxed;
+
+juce::AudioParameterFloatVantrel* addFloat (juce::AudioProcessor& processor, const char* id, const char* name,
+                                            float displayMin, float displayMax, float defaultValue,
+                                            int displayKind, const char* unit)
+{
+    auto* parameter = new juce::AudioParameterFloatVantrel (id, name, displayMin, displayMax,
+                                                            defaultValue, displayKind, unit);
+    processor.addParameter (parameter);
+    return parameter;
+}
+// The raw normalised value, through the public interface that every parameter shares.
+float valueOf (const juce::AudioProcessorParameter& parameter)
+{
+    return parameter.getValue();
+}
+} // namespace
+
+//==============================================================================
+juce::ADSR::Parameters VantrelSampivoAudioProcessor::SharedEnvelopeParameters::load() const
+{
+    return { attack.load (relaxed), decay.load (relaxed), sustain.load (relaxed), release.load (relaxed) };
+}
+
+void VantrelSampivoAudioProcessor::SharedEnvelopeParameters::store (const juce::ADSR::Parameters& parameters)
+{
+    attack.store (parameters.attack, relaxed);
+    decay.store (parameters.decay, relaxed);
+    sustain.store (parameters.sustain, relaxed);
+    release.store (parameters.release, relaxed);
+}
+
+//==============================================================================
+VantrelSampivoAudioProcessor::VantrelSampivoAudioProcessor()
+    : juce::AudioProcessorVantrel (BusesProperties().withOutput ("Output", juce::AudioChannelSet::stereo(), true))
+{
+    formatManager.registerBasicFormats();
+
+    using Kind = juce::AudioParameterFloatVantrel::DisplayKind;
+
+    // The host's parameter index is the order of these calls.
+    volumeParam           = addFloat (*this, "volume",   "Volume",             0.0f,    1.0f,   0.5f,  Kind::cubicDecibels, "dB");
+    panParam              = addFloat (*this, "pan",      "Pan",                -100.0f, 100.0f, 0.5f,  Kind::bipolar,       "%");
+    attackParam           = addFloat (*this, "attack",   "Attack Time",        0.001f,  100.0f, 0.15f, Kind::logTime,       "ms");
+    decayParam            = addFloat (*this, "decay",    "Decay Time",         0.01f,   100.0f, 0.6f,  Kind::logTime,       "ms");
+    sustainParam          = addFloat (*this, "sustain",  "Sustain Level",      0.0f,    100.0f, 0.0f,  Kind::percent,       "%");
+    releaseParam          = addFloat (*this, "release",  "Release Time",       0.01f,   100.0f, 0.4f,  Kind::logTime,       "ms");
+
+    // Ten choices for three names: only the knob's first three stops name a curve;
+    // automation can reach the indices 3 to 9, which freeze the envelope.
+    curveParam = new juce::AudioParameterFloatVantrel ("curve", "Decay Curve", 0.0f, 1.0f, 0,
+                                                       std::vector<std::string> { "Log", "1/x", "Atan" }, 10);
+    addParameter (curveParam);
+
+    randomPitchParam      = addFloat (*this, "rndpitch", "Random Pitch",       0.0f,    100.0f, 0.0f,  Kind::percent,       "%");
+    randomOtherParam      = addFloat (*this, "rnddecay", "Random Other",       0.0f,    100.0f, 0.25f, Kind::percent,       "%");
+    velToVolumeParam      = addFloat (*this, "vel2vol",  "Vel > Volume",       0.0f,    100.0f, 0.0f,  Kind::percent,       "%");
+    velToOffsetParam      = addFloat (*this, "vel2offs", "Vel > Sample Start", 0.0f,    100.0f, 0.35f, Kind::percent,       "%");
+    velToProbabilityParam = addFloat (*this, "vel2prob", "Vel > Probability",  0.0f,    100.0f, 0.5f,  Kind::percent,       "%");
+    probabilityParam      = addFloat (*this, "probabl",  "Probability",        0.0f,    100.0f, 1.0f,  Kind::percent,       "%");
+
+    millisecondsParam = new juce::AudioParameterBool (juce::ParameterID { "msec", 0 }, "Milliseconds", false);
+    addParameter (millisecondsParam);
+
+    for (auto i = 0; i < numVoices; ++i)
+        synth.addVoice (new juce::SamplerVoiceLog());
+
+    controlsNeedUpdate.store (true, relaxed);
+    sampleCounter.store (0, relaxed);
+}
+
+VantrelSampivoAudioProcessor::~VantrelSampivoAudioProcessor() = default;
+
+//==============================================================================
+const juce::String VantrelSampivoAudioProcessor::getName() const
+{
+    return sampivo::build::productName;
+}
+
+void VantrelSampivoAudioProcessor::prepareToPlay (double sampleRate, int)
+{
+    synth.setCurrentPlaybackSampleRate (sampleRate);
+    reloadSamples (false);
+}
+
+void VantrelSampivoAudioProcessor::releaseResources() {}
+
+void VantrelSampivoAudioProcessor::processBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midiMessages)
+{
+    juce::ScopedNoDenormals noDenormals;
+
+    const auto numSamples = buffer.getNumSamples();
+
+    for (auto channel = getTotalNumInputChannels(); channel < getTotalNumOutputChannels(); ++channel)
+        buffer.clear (channel, 0, numSamples);
+
+    // Taking the request before loading means one that arrives during the load is
+    // served by the next block rather than lost.
+    if (reloadRequested.exchange (false))
+        reloadSamples (true);
+
+    updateSoundParameters();
+
+    // Observe the last note-on or note-off of the block; the buffer itself is untouched.
+    for (const auto metadata : midiMessages)
+    {
+        if (metadata.numBytes < 1)
+            continue;
+
+        const auto status = metadata.data[0] & 0xf0;
+        const auto velocity = metadata.numBytes >= 3 ? metadata.data[2] : 0;
+
+        if (status == 0x90 && velocity != 0)
+            noteHeld.store (true);
+        else if (status == 0x80 || status == 0x90)
+            noteHeld.store (false);
+    }
+
+    if (noteHeld.load())
+    {
+        const auto sum = noteHeldSamples.fetch_add (numSamples) + numSamples;
+        noteHeldSamples.store (sum);
+    }
+    else
+    {
+        noteHeldSamples.store (0);
+    }
+
+    synth.renderNextBlock (buffer, midiMessages, 0, numSamples);
+}
+
+double VantrelSampivoAudioProcessor::getTailLengthSeconds() const { return 0.0; }
+bool VantrelSampivoAudioProcessor::acceptsMidi() const            { return true; }
+bool VantrelSampivoAudioProcessor::producesMidi() const           { return false; }
+bool VantrelSampivoAudioProcessor::isMidiEffect() const           { return false; }
+
+juce::AudioProcessorEditor* VantrelSampivoAudioProcessor::createEditor()
+{
+    return new SampivoEditor (*this);
+}
+
+bool VantrelSampivoAudioProcessor::hasEditor() const { return true; }
+
+//==============================================================================
+int VantrelSampivoAudioProcessor::getNumPrograms()     { return 1; }
+int VantrelSampivoAudioProcessor::getCurrentProgram()  { return 0; }
+
+void VantrelSampivoAudioProcessor::setCurrentProgram (int)
+{
+    // Selecting any program makes the file list load again.
+    reloadSamples (true);
+}
+
+const juce::String VantrelSampivoAudioProcessor::getProgramName (int) { return {}; }
+void VantrelSampivoAudioProcessor::changeProgramName (int, const juce::String&) {}
+
+bool VantrelSampivoAudioProcessor::isBusesLayoutSupported (const BusesLayout& layouts) const
+{
+    const auto output = layouts.getMainOutputChannelSet();
+    return output == juce::AudioChannelSet::mono() || output == juce::AudioChannelSet::stereo();
+}
+
+void VantrelSampivoAudioProcessor::updateControls() {}
+
+std::pair<float, float> VantrelSampivoAudioProcessor::processStereoSample (float, float)
+{
+    return { 0.0f, 0.0f };
+}
+
+//==============================================================================
+void VantrelSampivoAudioProcessor::updateSoundParameters()
+{
+    const auto volume = valueOf (*volumeParam);
+    const auto pan = valueOf (*panParam);
+    const auto attackValue = valueOf (*attackParam);
+    const auto decayValue = valueOf (*decayParam);
+    const auto sustainValue = valueOf (*sustainParam);
+    const auto releaseValue = valueOf (*releaseParam);
+    const auto curveValue = valueOf (*curveParam);
+    const auto randomPitch = valueOf (*randomPitchParam);
+    const auto randomOther = valueOf (*randomOtherParam);
+    const auto velToVolume = valueOf (*velToVolumeParam);
+    const auto velToOffset = valueOf (*velToOffsetParam);
+    const auto velToProbability = valueOf (*velToProbabilityParam);
+    const auto probability = valueOf (*probabilityParam);
+    const auto milliseconds = valueOf (*millisecondsParam);
+
+    // One variation per push, shared by decay and release and by every sound.
+    const auto factor = 2.0f * juce::Random().nextFloat() * randomOther + 1.0f;
+
+    juce::ADSR::Parameters envelope;
+    envelope.attack = juce::jlimit (0.001f, 10.0f, attackValue);
+    envelope.decay = juce::jlimit (0.001f, 10.0f, decayValue * decayValue * factor);
+    envelope.sustain = juce::jlimit (0.0f, 1.0f, sustainValue);
+    envelope.release = juce::jlimit (0.001f, 10.0f, releaseValue * releaseValue * factor);
+    envelopeParameters.store (envelope);
+
+    auto curve = 0;
+    const auto choices = curveParam->getNumberOfChoices();
+
+    if (curveParam->getDisplayKind() == juce::AudioParameterFloatVantrel::choiceList && choices >= 2)
+        curve = (int) std::round ((float) (choices - 1) * curveValue);
+
+    const auto gain = (float) ((float) ((double) volume * volume * volume * 7.943282127380371) * 10.0);
+    const auto soundPan = pan * 2.0f - 1.0f;
+    const auto inSeconds = milliseconds >= 0.5f;
+
+    // The loader may replace the sounds on another thread; hold the list still.
+    const juce::ScopedLock soundListLock (synth.getLock());
+
+    for (auto i = 0; i < synth.getNumSounds(); ++i)
+    {
+        auto* sampler = dynamic_cast<juce::SamplerSoundLog*> (synth.getSound (i).get());
+
+        if (sampler == nullptr)
+            continue;
+
+        const auto rate = getSampleRate();
+
+        if (rate > 999.0 && rate < 10000000001.0)
+            defaultRate.store (rate, relaxed);
+
+        sampler->envelopeSampleRate.store ((float) (oversamplingFactor * defaultRate.load (relaxed)), relaxed);
+        sampler->curve.store (curve, relaxed);
+        sampler->attack.store (envelope.attack, relaxed);
+        sampler->decay.store (envelope.decay, relaxed);
+        sampler->sustain.store (envelope.sustain, relaxed);
+        sampler->release.store (envelope.release, relaxed);
+        sampler->gain.store (gain, relaxed);
+        sampler->pan.store (soundPan, relaxed);
+        sampler->randomPitch.store (randomPitch, relaxed);
+        sampler->probability.store (probability, relaxed);
+        sampler->randomOther.store (randomOther, relaxed);
+        sampler->velToVolume.store (velToVolume, relaxed);
+        sampler->velToOffset.store (velToOffset, relaxed);
+        sampler->velToProbability.store (velToProbability, relaxed);
+        sampler->offsetInSeconds.store (inSeconds, relaxed);
+    }
+}
+
+//==============================================================================
+juce::BigInteger VantrelSampivoAudioProcessor::notesForSample (int index, int count)
+{
+    juce::BigInteger notes;
+
+    if (count < 2)
+    {
+        notes.setRange (0, 128, true);
+        return notes;
+    }
+
+    // Every count-th key from the file's index; the top count keys stay silent.
+    for (auto note = index; note < 128 - count; note += count)
+        if (note >= 0)
+            notes.setBit (note);
+
+    return notes;
+}
+
+int VantrelSampivoAudioProcessor::rootNoteForSample (int index, int count)
+{
+    return count < 2 ? 60 : 60 - (index % count);
+}
+
+void VantrelSampivoAudioProcessor::reloadSamples (bool force)
+{
+    if (isLoadingSamples.exchange (true))
+        return;
+
+    const auto fileList = getStateProperty ("filenames");
+
+    if (fileList.isNotEmpty() && (force || getNumLoadedSounds() == 0))
+    {
+        clearSamples();
+
+        juce::StringArray paths;
+        paths.addTokens (fileList, "\n", "\"");
+
+        // An entry too short to be a path keeps its place in the layout, silent.
+        for (auto i = 0; i < paths.size(); ++i)
+            if (paths[i].length() > 1)
+                addSample (paths[i], i, paths.size());
+    }
+
+    isLoadingSamples.store (false);
+}
+
+void VantrelSampivoAudioProcessor::addSample (const juce::String& path, int index, int count)
+{
+    const auto file = juce::File::getCurrentWorkingDirectory().getChildFile (path);
+    std::unique_ptr<juce::AudioFormatReader> reader;
+
+    for (auto i = 0; i < formatManager.getNumKnownFormats() && reader == nullptr; ++i)
+    {
+        auto* format = formatManager.getKnownFormat (i);
+
+        if (! format->canHandleFile (file))
+            continue;
+
+        auto stream = file.createInputStream();
+
+        if (stream == nullptr)
+            continue;
+
+        // The format deletes the stream itself when it can't read it.
+        reader.reset (format->createReaderFor (stream.release(), true));
+    }
+
+    if (reader == nullptr)
+        return;
+
+    // The sound copies the audio, so the reader and its file are released right away.
+    synth.addSound (new juce::SamplerSoundLog (path, *reader, notesForSample (index, count),
+                                               rootNoteForSample (index, count)));
+}
+
+void VantrelSampivoAudioProcessor::clearSamples()
+{
+    synth.clearSounds();
+}
+
+int VantrelSampivoAudioProcessor::getNumLoadedSounds() const
+{
+    const juce::ScopedLock soundListLock (synth.getLock());
+    return synth.getNumSounds();
+}
+
+juce::String VantrelSampivoAudioProcessor::getSampleLoadStatus() const
+{
+    const std::lock_guard<std::mutex> lock (sampleLoadStatusLock);
+    return sampleLoadStatus;
+}
+
+void VantrelSampivoAudioProcessor::setSampleLoadStatus (const juce::String& status)
+{
+    const std::lock_guard<std::mutex> lock (sampleLoadStatusLock);
+    sampleLoadStatus = status;
+}
+
+//==============================================================================
+juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter()
+{
+    return new VantrelSampivoAudioProcessor();
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <juce_audio_basics/juce_audio_basics.h>
+
+namespace juce
+{
+
+/** The voice's four-stage envelope with three decay shapes.
+
+    "Log" (curve 0) decays and releases by a constant factor per sample; "1/x" (1) and
+    "Atan" (2) step the internal value linearly and shape the output. Any other curve
+    value freezes the envelope at its current value. A rate of 0 or below skips its
+    stage. The juce::ADSR base is kept only as the type this envelope extends; none of
+    its own state or stepping is used.
+*/
+class SampleEnvelope : public ADSR
+{
+public:
+    enum Curve { logCurve = 0, inverseCurve = 1, atanCurve = 2 };
+    enum State { idle = 0, attackState = 1, decayState = 2, sustainState = 3, releaseState = 4 };
+
+    SampleEnvelope();
+
+    /** Sets the times (seconds) and sustain level, and recomputes the rates for the
+        current curve and sample rate. */
+    void setEnvelopeParameters (float attackSeconds, float decaySeconds, float sustainLevel, float releaseSeconds);
+
+    /** Arms the envelope for a new note without resetting its value, so a re-triggered
+        voice rises from where it was. */
+    void trigger();
+
+    /** Enters the release stage, or silences at once when there is no release time. */
+    void beginRelease();
+
+    /** Stops at once: value 0, idle. */
+    void stop();
+
+    /** Advances one sample and returns the gain for it. */
+    float nextGain();
+
+    int curve = logCurve;
+    int state = idle;
+    float attack = 0.1f, decay = 0.1f, sustain = 1.0f, release = 0.1f;
+    double sampleRate = 96000.0;
+    float envelopeValue = 0.0f;
+    float sustainLevel = 1.0f;
+    float attackRate = 0.0f, decayRate = 0.0f, releaseRate = 0.0f;
+
+private:
+    void computeRates();
+    float shapeOutput() const;
+};
+
+} // namespace juce

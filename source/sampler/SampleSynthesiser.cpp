@@ -1,0 +1,9 @@
+#include "sampler/SampleSynthesiser.h"
+
+SampleSynthesiser::SampleSynthesiser() = default;
+SampleSynthesiser::~SampleSynthesiser() = default;
+
+const juce::CriticalSection& SampleSynthesiser::getLock() const noexcept
+{
+    return lock;
+}
