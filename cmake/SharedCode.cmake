@@ -6,7 +6,8 @@ pkg_check_modules(SAMPIVO_SYSTEM_LIBS REQUIRED IMPORTED_TARGET freetype2 fontcon
 find_package(Threads REQUIRED)
 
 function(sampivo_use_shared_code target)
-    target_include_directories(${target} PRIVATE
+    # SYSTEM keeps JUCE's own headers out of our warning count.
+    target_include_directories(${target} SYSTEM PRIVATE
         $<TARGET_PROPERTY:VantrelSampivo,INCLUDE_DIRECTORIES>)
     target_compile_definitions(${target} PRIVATE
         $<TARGET_PROPERTY:VantrelSampivo,COMPILE_DEFINITIONS>)

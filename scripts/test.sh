@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# The test command: installs the dependencies, builds everything and runs every test
+# through CTest. Editor tests need a display, so the run happens inside Xvfb.
+set -euo pipefail
+
+root="$(cd "$(dirname "$0")/.." && pwd)"
+build_dir="${SAMPIVO_BUILD_DIR:-$root/build}"
+
+"$root/scripts/install-deps.sh"
+"$root/scripts/build.sh" "$build_dir"
+
+cd "$build_dir"
+xvfb-run -a -s "-screen 0 1280x1024x24" \
+    ctest --output-on-failure --timeout 600 --parallel "$(nproc 2>/dev/null || echo 2)"
