@@ -2,6 +2,13 @@
 # which JUCE's modules are compiled exactly once. They take its include paths and
 # definitions (so that they see the same JUCE configuration) and the system
 # libraries that JUCE's modules need on Linux.
+
+# Only tests, benchmarks and tools use the shared code this way, and none of them
+# is part of a cross build for Windows.
+if(WIN32)
+    return()
+endif()
+
 pkg_check_modules(SAMPIVO_SYSTEM_LIBS REQUIRED IMPORTED_TARGET freetype2 fontconfig alsa)
 find_package(Threads REQUIRED)
 
