@@ -1,0 +1,11 @@
+#include "PlugFrame.h"
+
+Steinberg::tresult PLUGIN_API PlugFrame::resizeView (Steinberg::IPlugView* view, Steinberg::ViewRect* newSize)
+{
+    ++resizeRequests;
+
+    if (view == nullptr || newSize == nullptr)
+        return Steinberg::kInvalidArgument;
+
+    return view->onSize (newSize);
+}

@@ -1,0 +1,509 @@
+#include "SmokeRun.h"
+
+#include "MemoryStream.h"
+#include "NoteEventList.h"
+#include "PlugFrame.h"
+
+#include "pluginterfaces/gui/iplugview.h"
+#include "pluginterfaces/vst/ivstmessage.h"
+#include "pluginterfaces/vst/vstspeaker.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <regex>
+
+using namespace Steinberg;
+
+namespace
+{
+using InitDllFunction = bool (*)();
+using ExitDllFunction = bool (*)();
+using GetPluginFactoryFunction = IPluginFactory* (PLUGIN_API*)();
+
+constexpr int blockSize = 512;
+constexpr double sampleRate = 44100.0;
+
+std::string fromString128 (const Vst::String128 text)
+{
+    std::string result;
+
+    for (int i = 0; i < 128 && text[i] != 0; ++i)
+        result += text[i] < 128 ? static_cast<char> (text[i]) : '?';
+
+    return result;
+}
+
+std::string classIdText (const TUID cid)
+{
+    char text[64] = {};
+    FUID::fromTUID (cid).toString (text);
+    return text;
+}
+
+std::string xmlEscaped (const std::string& text)
+{
+    std::string result;
+
+    for (const auto c : text)
+    {
+        switch (c)
+        {
+            case '&':  result += "&amp;"; break;
+            case '<':  result += "&lt;"; break;
+            case '>':  result += "&gt;"; break;
+            case '"':  result += "&quot;"; break;
+            case '\n': result += "&#10;"; break;
+            default:   result += c; break;
+        }
+    }
+
+    return result;
+}
+
+// The XML text of a JUCE binary XML block ("VC2!", a 32-bit little-endian length,
+// the UTF-8 text and its terminating zero), or empty when the block is malformed.
+std::string xmlOfStateBlock (const std::vector<char>& block)
+{
+    if (block.size() < 9 || std::memcmp (block.data(), "VC2!", 4) != 0)
+        return {};
+
+    uint32_t length = 0;
+
+    for (int i = 3; i >= 0; --i)
+        length = (length << 8) | static_cast<unsigned char> (block[static_cast<size_t> (4 + i)]);
+
+    if (length == 0 || length > block.size() - 8)
+        return {};
+
+    return std::string (block.data() + 8, strnlen (block.data() + 8, length));
+}
+
+// The state document without the save date, which legitimately changes between saves.
+std::string withoutSaveDate (const std::string& xml)
+{
+    return std::regex_replace (xml, std::regex (R"re( date_modified="[^"]*")re"), "");
+}
+
+void pumpMessages (DWORD milliseconds)
+{
+    const auto end = GetTickCount() + milliseconds;
+
+    while (GetTickCount() < end)
+    {
+        MSG message;
+
+        while (PeekMessageW (&message, nullptr, 0, 0, PM_REMOVE))
+        {
+            TranslateMessage (&message);
+            DispatchMessageW (&message);
+        }
+
+        Sleep (10);
+    }
+}
+} // namespace
+
+SmokeRun::SmokeRun (SmokeOptions opts) : options (std::move (opts)), host (owned (new HostApplication())) {}
+
+SmokeRun::~SmokeRun()
+{
+    shutDown();
+}
+
+int SmokeRun::run()
+{
+    if (loadModule() && readFactory() && createComponent())
+    {
+        checkBuses();
+
+        if (createController() && restoreSampleState())
+        {
+            renderNotes();
+            roundTripState();
+            openEditor();
+        }
+    }
+
+    shutDown();
+    log.check (unloadModule(), "module unloaded (ExitDll, FreeLibrary)");
+    return log.summarise();
+}
+
+bool SmokeRun::loadModule()
+{
+    module = LoadLibraryW (options.pluginPath.c_str());
+
+    if (! log.check (module != nullptr, "LoadLibrary of the plug-in DLL (error " + std::to_string (module == nullptr ? GetLastError() : 0) + ")"))
+        return false;
+
+    auto initDll = reinterpret_cast<InitDllFunction> (reinterpret_cast<void*> (GetProcAddress (module, "InitDll")));
+    auto exitDll = GetProcAddress (module, "ExitDll");
+    auto getFactory = reinterpret_cast<GetPluginFactoryFunction> (reinterpret_cast<void*> (GetProcAddress (module, "GetPluginFactory")));
+
+    log.check (exitDll != nullptr, "ExitDll exported");
+
+    if (! log.check (initDll != nullptr && getFactory != nullptr, "InitDll and GetPluginFactory exported"))
+        return false;
+
+    if (! log.check (initDll(), "InitDll returned true"))
+        return false;
+
+    factory = owned (getFactory());
+    return log.check (factory != nullptr, "GetPluginFactory returned a factory");
+}
+
+bool SmokeRun::readFactory()
+{
+    PFactoryInfo factoryInfo {};
+    factory->getFactoryInfo (&factoryInfo);
+    log.check (std::string (factoryInfo.vendor) == "Vantrel", "factory vendor \"" + std::string (factoryInfo.vendor) + "\"");
+
+    FUnknownPtr<IPluginFactory2> factory2 (factory);
+    bool haveComponent = false, haveController = false;
+
+    for (int32 i = 0; i < factory->countClasses(); ++i)
+    {
+        PClassInfo info {};
+        factory->getClassInfo (i, &info);
+        const std::string category = info.category;
+        std::string subCategories;
+
+        if (factory2)
+        {
+            PClassInfo2 info2 {};
+            factory2->getClassInfo2 (i, &info2);
+            subCategories = info2.subCategories;
+        }
+
+        log.note ("class " + std::to_string (i) + ": \"" + info.name + "\" category \"" + category
+                  + "\" sub-categories \"" + subCategories + "\" " + classIdText (info.cid));
+
+        if (category == kVstAudioEffectClass)
+        {
+            haveComponent = true;
+            std::memcpy (componentClass, info.cid, sizeof (TUID));
+            log.check (std::string (info.name) == "Vantrel Sampivo", "component class name \"" + std::string (info.name) + "\"");
+            log.check (subCategories == "Instrument|Synth", "component sub-categories \"" + subCategories + "\"");
+        }
+        else if (category == kVstComponentControllerClass)
+        {
+            haveController = true;
+            std::memcpy (controllerClass, info.cid, sizeof (TUID));
+        }
+    }
+
+    log.check (haveController, "factory has a controller class");
+    return log.check (haveComponent, "factory has an audio component class");
+}
+
+bool SmokeRun::createComponent()
+{
+    Vst::IComponent* created = nullptr;
+    factory->createInstance (componentClass, Vst::IComponent::iid, reinterpret_cast<void**> (&created));
+    component = owned (created);
+
+    if (! log.check (component != nullptr, "component created"))
+        return false;
+
+    componentInitialised = component->initialize (host) == kResultOk;
+
+    if (! log.check (componentInitialised, "component initialised"))
+        return false;
+
+    TUID reportedController {};
+    component->getControllerClassId (reportedController);
+    log.check (FUnknownPrivate::iidEqual (reportedController, controllerClass),
+               "component names the factory's controller class " + classIdText (reportedController));
+
+    processor = FUnknownPtr<Vst::IAudioProcessor> (component);
+    return log.check (processor != nullptr, "component is an IAudioProcessor");
+}
+
+void SmokeRun::checkBuses()
+{
+    log.check (component->getBusCount (Vst::kAudio, Vst::kInput) == 0, "no audio input bus");
+    log.check (component->getBusCount (Vst::kEvent, Vst::kOutput) == 0, "no event output bus");
+
+    if (log.check (component->getBusCount (Vst::kAudio, Vst::kOutput) == 1, "one audio output bus"))
+    {
+        Vst::BusInfo info {};
+        component->getBusInfo (Vst::kAudio, Vst::kOutput, 0, info);
+        const auto name = fromString128 (info.name);
+        log.check (info.channelCount == 2, "output bus is stereo (" + std::to_string (info.channelCount) + " channels)");
+        log.check (name == "Output", "output bus named \"" + name + "\"");
+        log.check ((info.flags & Vst::BusInfo::kDefaultActive) != 0, "output bus active by default");
+    }
+
+    if (log.check (component->getBusCount (Vst::kEvent, Vst::kInput) == 1, "one event input bus"))
+    {
+        Vst::BusInfo info {};
+        component->getBusInfo (Vst::kEvent, Vst::kInput, 0, info);
+        log.note ("event input \"" + fromString128 (info.name) + "\"");
+    }
+}
+
+bool SmokeRun::createController()
+{
+    Vst::IEditController* created = nullptr;
+    factory->createInstance (controllerClass, Vst::IEditController::iid, reinterpret_cast<void**> (&created));
+    controller = owned (created);
+
+    if (! log.check (controller != nullptr, "controller created"))
+        return false;
+
+    controllerInitialised = controller->initialize (host) == kResultOk;
+
+    if (! log.check (controllerInitialised, "controller initialised"))
+        return false;
+
+    componentPoint = FUnknownPtr<Vst::IConnectionPoint> (component);
+    controllerPoint = FUnknownPtr<Vst::IConnectionPoint> (controller);
+
+    if (componentPoint && controllerPoint)
+        connected = componentPoint->connect (controllerPoint) == kResultOk
+                    && controllerPoint->connect (componentPoint) == kResultOk;
+
+    log.check (connected, "component and controller connected");
+    log.check (controller->getParameterCount() >= 14,
+               "controller has the instrument's parameters (" + std::to_string (controller->getParameterCount()) + ")");
+    return true;
+}
+
+std::vector<char> SmokeRun::makeStateBlock() const
+{
+    const auto xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<settings filenames=\""
+                     + xmlEscaped (options.wavPath + "\n" + options.flacPath) + "\"/>\n";
+    const auto length = static_cast<uint32_t> (xml.size() + 1);
+
+    std::vector<char> block { 'V', 'C', '2', '!' };
+
+    for (int i = 0; i < 4; ++i)
+        block.push_back (static_cast<char> ((length >> (8 * i)) & 0xff));
+
+    block.insert (block.end(), xml.begin(), xml.end());
+    block.push_back (0);
+    return block;
+}
+
+std::vector<char> SmokeRun::currentState()
+{
+    IPtr<MemoryStream> stream = owned (new MemoryStream());
+
+    if (component->getState (stream) != kResultOk)
+        return {};
+
+    return stream->getData();
+}
+
+bool SmokeRun::restoreSampleState()
+{
+    const auto block = makeStateBlock();
+    IPtr<MemoryStream> stream = owned (new MemoryStream (block));
+
+    if (! log.check (component->setState (stream) == kResultOk, "component accepted a state naming a WAV and a FLAC file"))
+        return false;
+
+    stream->seek (0, IBStream::kIBSeekSet, nullptr);
+    log.check (controller->setComponentState (stream) == kResultOk, "controller accepted the component state");
+    return true;
+}
+
+void SmokeRun::renderNotes()
+{
+    Vst::SpeakerArrangement stereo = Vst::SpeakerArr::kStereo;
+    log.check (processor->setBusArrangements (nullptr, 0, &stereo, 1) == kResultTrue, "stereo output arrangement accepted");
+    component->activateBus (Vst::kAudio, Vst::kOutput, 0, true);
+    component->activateBus (Vst::kEvent, Vst::kInput, 0, true);
+
+    Vst::ProcessSetup setup { Vst::kRealtime, Vst::kSample32, blockSize, sampleRate };
+    log.check (processor->setupProcessing (setup) == kResultOk, "processing set up (44.1 kHz, 512-sample blocks)");
+
+    active = component->setActive (true) == kResultOk;
+    log.check (active, "component activated");
+    processing = processor->setProcessing (true) == kResultOk;
+
+    std::vector<float> left (blockSize), right (blockSize);
+    float* channels[] = { left.data(), right.data() };
+    Vst::AudioBusBuffers output {};
+    output.numChannels = 2;
+    output.channelBuffers32 = channels;
+
+    IPtr<NoteEventList> events = owned (new NoteEventList());
+
+    Vst::ProcessData data {};
+    data.processMode = Vst::kRealtime;
+    data.symbolicSampleSize = Vst::kSample32;
+    data.numSamples = blockSize;
+    data.numInputs = 0;
+    data.numOutputs = 1;
+    data.outputs = &output;
+    data.inputEvents = events;
+
+    // Key 60 and key 61 play different files of the two-file set: the files
+    // alternate across neighbouring keys. Each note is held for 20 blocks.
+    struct Phase { int16 key; const char* file; };
+    const Phase phases[] = { { 60, "first file" }, { 61, "second file" } };
+    constexpr int blocksPerNote = 20;
+    bool allFinite = true;
+
+    for (const auto& phase : phases)
+    {
+        double sumOfSquares = 0.0;
+        float peak = 0.0f;
+
+        for (int blockIndex = 0; blockIndex < blocksPerNote; ++blockIndex)
+        {
+            events->clear();
+
+            if (blockIndex == 0)
+                events->addNoteOn (phase.key, 0.8f, 16);
+            else if (blockIndex == blocksPerNote - 1)
+                events->addNoteOff (phase.key, 0);
+
+            std::fill (left.begin(), left.end(), 0.0f);
+            std::fill (right.begin(), right.end(), 0.0f);
+
+            if (processor->process (data) != kResultOk)
+            {
+                log.check (false, "process() returned an error");
+                return;
+            }
+
+            for (int i = 0; i < blockSize; ++i)
+            {
+                for (const auto sample : { left[static_cast<size_t> (i)], right[static_cast<size_t> (i)] })
+                {
+                    allFinite = allFinite && std::isfinite (sample);
+                    peak = std::max (peak, std::abs (sample));
+                    sumOfSquares += static_cast<double> (sample) * sample;
+                }
+            }
+        }
+
+        const auto rms = std::sqrt (sumOfSquares / (2.0 * blockSize * blocksPerNote));
+        char figures[96];
+        std::snprintf (figures, sizeof (figures), "peak %.4f, rms %.5f", static_cast<double> (peak), rms);
+        log.check (peak > 1.0e-3f, std::string ("key ") + std::to_string (phase.key) + " (" + phase.file + ") renders audio: " + figures);
+    }
+
+    log.check (allFinite, "all rendered samples finite");
+}
+
+void SmokeRun::roundTripState()
+{
+    const auto saved = currentState();
+    const auto xml = xmlOfStateBlock (saved);
+
+    if (! log.check (! xml.empty(), "getState returned a binary XML block (" + std::to_string (saved.size()) + " bytes)"))
+        return;
+
+    log.check (xml.find ("<settings") != std::string::npos, "saved state is a settings document");
+    log.check (xml.find (xmlEscaped (options.wavPath + "\n" + options.flacPath)) != std::string::npos,
+               "saved state keeps the two file paths");
+
+    IPtr<MemoryStream> stream = owned (new MemoryStream (saved));
+    log.check (component->setState (stream) == kResultOk, "saved state restored");
+
+    const auto again = xmlOfStateBlock (currentState());
+    log.check (withoutSaveDate (again) == withoutSaveDate (xml), "state unchanged by a save-restore-save round trip");
+}
+
+void SmokeRun::openEditor()
+{
+    IPtr<IPlugView> view = owned (controller->createView (Vst::ViewType::kEditor));
+
+    if (! log.check (view != nullptr, "controller created the editor view"))
+        return;
+
+    log.check (view->isPlatformTypeSupported (kPlatformTypeHWND) == kResultTrue, "view supports HWND parents");
+
+    ViewRect size {};
+    view->getSize (&size);
+    log.check (size.getWidth() == 375 && size.getHeight() == 400,
+               "editor size " + std::to_string (size.getWidth()) + " x " + std::to_string (size.getHeight()));
+
+    const auto windowClass = L"SampivoSmokeHostWindow";
+    WNDCLASSW wc {};
+    wc.lpfnWndProc = DefWindowProcW;
+    wc.hInstance = GetModuleHandleW (nullptr);
+    wc.lpszClassName = windowClass;
+    RegisterClassW (&wc);
+
+    HWND parent = CreateWindowExW (0, windowClass, L"Vantrel Sampivo", WS_OVERLAPPEDWINDOW | WS_VISIBLE,
+                                   CW_USEDEFAULT, CW_USEDEFAULT, 480, 480, nullptr, nullptr, wc.hInstance, nullptr);
+
+    if (! log.check (parent != nullptr, "host window created"))
+        return;
+
+    IPtr<PlugFrame> frame = owned (new PlugFrame());
+    view->setFrame (frame);
+
+    if (log.check (view->attached (parent, kPlatformTypeHWND) == kResultOk, "editor attached to the host window"))
+    {
+        pumpMessages (1500);
+
+        HWND child = GetWindow (parent, GW_CHILD);
+        RECT childRect {};
+
+        if (log.check (child != nullptr, "editor created a child window"))
+        {
+            GetClientRect (child, &childRect);
+            log.check (childRect.right - childRect.left == 375 && childRect.bottom - childRect.top == 400,
+                       "editor window is " + std::to_string (childRect.right - childRect.left) + " x "
+                           + std::to_string (childRect.bottom - childRect.top));
+        }
+
+        log.check (view->removed() == kResultOk, "editor detached");
+    }
+
+    view->setFrame (nullptr);
+    DestroyWindow (parent);
+    pumpMessages (100);
+}
+
+void SmokeRun::shutDown()
+{
+    if (processing)
+        processor->setProcessing (false);
+
+    if (active)
+        component->setActive (false);
+
+    processing = active = false;
+
+    if (connected)
+    {
+        componentPoint->disconnect (controllerPoint);
+        controllerPoint->disconnect (componentPoint);
+        connected = false;
+    }
+
+    componentPoint = nullptr;
+    controllerPoint = nullptr;
+
+    if (controllerInitialised)
+        controller->terminate();
+
+    if (componentInitialised)
+        component->terminate();
+
+    controllerInitialised = componentInitialised = false;
+    controller = nullptr;
+    processor = nullptr;
+    component = nullptr;
+    factory = nullptr;
+}
+
+bool SmokeRun::unloadModule()
+{
+    if (module == nullptr)
+        return false;
+
+    auto exitDll = reinterpret_cast<ExitDllFunction> (reinterpret_cast<void*> (GetProcAddress (module, "ExitDll")));
+    const bool exited = exitDll == nullptr || exitDll();
+    const bool freed = FreeLibrary (module) != 0;
+    module = nullptr;
+    return exited && freed;
+}
