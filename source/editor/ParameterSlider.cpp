@@ -9,8 +9,14 @@ ParameterSlider::ParameterSlider()
 
 ParameterSlider::~ParameterSlider()
 {
-    if (parameter != nullptr)
-        parameter->removeListener (&valueChangeListener);
+    if (parameter == nullptr)
+        return;
+
+    parameter->removeListener (&valueChangeListener);
+
+    // The parameter outlives the knob; it must not keep pointing at it.
+    if (parameter->getAttachedSlider() == this)
+        parameter->setAttachedSlider (nullptr);
 }
 
 void ParameterSlider::bindToParameter (juce::AudioParameterFloatVantrel* parameterToShow)
