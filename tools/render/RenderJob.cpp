@@ -1,0 +1,153 @@
+#include "RenderJob.h"
+
+#include "BundleFinder.h"
+#include "ChannelLevels.h"
+#include "DefaultTone.h"
+#include "DemoPhrase.h"
+#include "DroppedNoteEstimator.h"
+#include "HostedInstrument.h"
+#include "MidiScore.h"
+#include "OfflineRenderer.h"
+#include "RenderFailure.h"
+#include "TerminalProgress.h"
+#include "WaveformPlot.h"
+#include "WavFileOutput.h"
+
+#include <memory>
+
+namespace
+{
+/** Checks that every --sample is an audio file the instrument's formats can read,
+    so a typo is reported instead of rendering silence. */
+void checkSamplesReadable (const juce::Array<juce::File>& samples)
+{
+    juce::AudioFormatManager formats;
+    formats.registerBasicFormats();
+
+    for (const auto& sample : samples)
+    {
+        if (! sample.existsAsFile())
+            throw RenderFailure (ExitCode::unreadableInput, "no sample file at " + sample.getFullPathName());
+
+        if (std::unique_ptr<juce::AudioFormatReader> reader (formats.createReaderFor (sample)); reader == nullptr)
+            throw RenderFailure (ExitCode::unreadableInput,
+                                 sample.getFullPathName() + " is not an audio file the instrument can read "
+                                 "(WAV, AIFF, FLAC, MP3 or Ogg Vorbis)");
+    }
+}
+
+juce::String describeSamples (const juce::StringArray& files, bool builtInTone)
+{
+    if (builtInTone)
+        return "the built-in tone";
+
+    return files.size() == 1 ? files[0] : juce::String (files.size()) + " files, alternating across the keys";
+}
+} // namespace
+
+RenderJob::RenderJob (RenderOptions optionsToUse, std::ostream& outputStream)
+    : options (std::move (optionsToUse)), out (outputStream)
+{
+}
+
+void RenderJob::run()
+{
+    // Inputs first, so that a bad file is reported before the plug-in is loaded.
+    const auto score = options.midiFile.has_value() ? MidiScore::fromFile (*options.midiFile)
+                                                    : MidiScore::fromMidiFile (DemoPhrase::create());
+    const auto savedState = options.stateFile.has_value()
+                                ? std::make_unique<const InstrumentState> (InstrumentState::fromFile (*options.stateFile))
+                                : nullptr;
+    checkSamplesReadable (options.samples);
+
+    OfflineRenderer::Settings settings;
+    settings.sampleRate = options.sampleRate;
+    settings.blockSize = options.blockSize;
+    settings.tailSeconds = options.tailSeconds;
+    const auto totalSamples = OfflineRenderer::lengthInSamples (score, settings);
+
+    HostedInstrument instrument (BundleFinder::choose (options.plugin), settings.sampleRate, settings.blockSize);
+
+    // The state to restore: the saved one, or the fresh instrument's own, with the
+    // sample list replaced by --sample files or, when nothing names a sample, the tone.
+    auto state = savedState != nullptr ? *savedState : instrument.getState();
+    std::unique_ptr<DefaultTone> tone;
+
+    if (! options.samples.isEmpty())
+        state.setSampleFiles (options.samples);
+    else if (state.getSampleFiles().isEmpty())
+    {
+        tone = std::make_unique<DefaultTone>();
+        state.setSampleFiles ({ tone->getFile() });
+    }
+
+    instrument.setState (state);
+
+    for (const auto& setting : options.settings)
+        instrument.setParameter (setting.id, setting.value);
+
+    if (options.listParameters)
+    {
+        out << "Parameters:\n";
+
+        for (const auto& id : instrument.getParameterIds())
+        {
+            const auto* parameter = instrument.findParameter (id);
+            out << "  " << id.paddedRight (' ', 10) << parameter->getName (32).paddedRight (' ', 20)
+                << juce::String (parameter->getValue(), 4).paddedRight (' ', 8) << parameter->getCurrentValueAsText()
+                << "\n";
+        }
+    }
+
+    TerminalProgress progress (out, TerminalProgress::isTerminal(), totalSamples / settings.sampleRate);
+    const auto audio = OfflineRenderer::render (instrument.getPlugin(), score, settings,
+                                                [&progress] (double fraction) { progress.update (fraction); });
+    progress.finish();
+
+    const auto seconds = audio.getNumSamples() / settings.sampleRate;
+
+    if (options.outputFile.has_value())
+        WavFileOutput::write (*options.outputFile, audio, settings.sampleRate, options.bitsPerSample);
+
+    if (options.pngFile.has_value())
+    {
+        const auto title = "Vantrel Sampivo  |  " + (options.midiFile.has_value() ? options.midiFile->getFileName()
+                                                                                   : juce::String ("built-in phrase"))
+                           + "  |  " + juce::String (seconds, 2) + " s at " + juce::String (settings.sampleRate, 0)
+                           + " Hz";
+        WaveformPlot::writePng (*options.pngFile, audio, settings.sampleRate, title);
+    }
+
+    // Summary.
+    const auto* probability = instrument.findParameter ("probabl");
+    const auto canDrop = probability == nullptr || probability->getValue() < 1.0f;
+    const auto dropped = canDrop ? DroppedNoteEstimator::countDropped (audio, score, settings.sampleRate) : 0;
+    const auto left = ChannelLevels::measure (audio, 0);
+    const auto right = ChannelLevels::measure (audio, 1);
+
+    out << "Plug-in:  " << instrument.getBundle().getFullPathName() << "\n"
+        << "Samples:  " << describeSamples (state.getSampleFiles(), tone != nullptr) << "\n"
+        << "MIDI:     " << (options.midiFile.has_value() ? options.midiFile->getFullPathName()
+                                                         : juce::String ("the built-in phrase"))
+        << "\n"
+        << "Length:   " << juce::String (seconds, 3) << " s (" << audio.getNumSamples() << " samples at "
+        << juce::String (settings.sampleRate, 0) << " Hz, " << juce::String (options.tailSeconds, 2)
+        << " s tail)\n"
+        << "Peak:     L " << ChannelLevels::toDecibelText (left.peak) << " dBFS   R "
+        << ChannelLevels::toDecibelText (right.peak) << " dBFS\n"
+        << "RMS:      L " << ChannelLevels::toDecibelText (left.rms) << " dBFS   R "
+        << ChannelLevels::toDecibelText (right.rms) << " dBFS\n"
+        << "Notes:    " << score.getNumNoteOns() << " started, " << dropped << " dropped by probability"
+        << (canDrop ? " (estimated from the audio: no sound began after the note-on)"
+                    : " (Probability is at 100 %)")
+        << "\n";
+
+    if (options.outputFile.has_value())
+        out << "Audio:    " << options.outputFile->getFullPathName() << " (" << options.bitsPerSample
+            << (options.bitsPerSample == 32 ? "-bit float" : "-bit") << " WAV)\n";
+
+    if (options.pngFile.has_value())
+        out << "Picture:  " << options.pngFile->getFullPathName() << "\n";
+
+    out << std::flush;
+}
