@@ -4,6 +4,7 @@
 #include "SampivoBuildInfo.h"
 
 #include <cmath>
+#include <cstring>
 
 namespace juce
 {
@@ -233,9 +234,32 @@ void AudioProcessorVantrel::getStateInformation (MemoryBlock& destData)
     copyXmlToBinary (settings, destData);
 }
 
+std::unique_ptr<XmlElement> AudioProcessorVantrel::parseStateBlock (const void* data, int sizeInBytes)
+{
+    // The binary XML wrapping: magic, an unsigned length word, the UTF-8 text and a
+    // zero byte. A length word of 0 rejects the block; one beyond the block is cut to it.
+    constexpr uint32 magic = 0x21324356;
+
+    if (data == nullptr || sizeInBytes < 9 || ByteOrder::littleEndianInt (data) != magic)
+        return {};
+
+    const auto lengthWord = ByteOrder::littleEndianInt (addBytesToPointer (data, 4));
+
+    if (lengthWord == 0)
+        return {};
+
+    // The text is copied with a terminating zero of its own: the UTF-8 decoder reads
+    // ahead after a lead byte, and the host's block may end right after the text.
+    const auto textLength = (size_t) jmin ((uint32) (sizeInBytes - 8), lengthWord);
+    HeapBlock<char> text (textLength + 4, true);
+    std::memcpy (text.get(), addBytesToPointer (data, 8), textLength);
+
+    return parseXML (String::fromUTF8 (text.get(), (int) textLength));
+}
+
 void AudioProcessorVantrel::setStateInformation (const void* data, int sizeInBytes)
 {
-    const auto xml = data != nullptr ? getXmlFromBinary (data, sizeInBytes) : nullptr;
+    const auto xml = parseStateBlock (data, sizeInBytes);
 
     if (xml != nullptr && xml->hasTagName (settingsTag))
     {
@@ -248,11 +272,11 @@ void AudioProcessorVantrel::setStateInformation (const void* data, int sizeInByt
                 if (xml->hasAttribute (withID->paramID))
                     value = xml->getStringAttribute (withID->paramID).getDoubleValue();
 
-                // NaN becomes 0 through fmax, like any other unreadable value.
-                auto clamped = (float) value;
-                clamped = std::fmax (0.0f, clamped);
-                clamped = std::fmin (1.0f, clamped);
-                withID->setValue (clamped);
+                // Clamped while still a double: a huge number must not reach the float
+                // conversion. NaN becomes 0 through fmax, like any other unreadable value.
+                value = std::fmax (0.0, value);
+                value = std::fmin (1.0, value);
+                withID->setValue ((float) value);
             }
         }
 

@@ -44,6 +44,9 @@ public:
     void getStateInformation (MemoryBlock& destData) override;
     void setStateInformation (const void* data, int sizeInBytes) override;
 
+    /** Unwraps a saved-state block and parses its text; null if the block is not one. */
+    static std::unique_ptr<XmlElement> parseStateBlock (const void* data, int sizeInBytes);
+
     //==============================================================================
     /** Called by the per-sample path before the first sample after a prepare or a
         restore, and every 65,536 samples after that. */
