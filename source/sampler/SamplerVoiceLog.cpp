@@ -117,7 +117,7 @@ void SamplerVoiceLog::renderNextBlock (AudioBuffer<float>& outputBuffer, int sta
 {
     auto* sound = dynamic_cast<SamplerSoundLog*> (getCurrentlyPlayingSound().get());
 
-    if (sound == nullptr)
+    if (sound == nullptr || outputBuffer.getNumChannels() == 0)
         return;
 
     const auto length = sound->getLength();

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <thread>
 
 namespace
@@ -27,9 +28,22 @@ juce::String writeShortSine (const TempFolder& folder, const juce::String& name,
     return file.getFullPathName();
 }
 
-int countOpenFileDescriptors()
+// How many of this process's open files lie inside the folder.
+int countOpenFilesIn (const juce::File& folder)
 {
-    return juce::File ("/proc/self/fd").getNumberOfChildFiles (juce::File::findFilesAndDirectories);
+    const auto prefix = folder.getFullPathName().toStdString() + "/";
+    auto open = 0;
+    std::error_code error;
+
+    for (const auto& entry : std::filesystem::directory_iterator ("/proc/self/fd", error))
+    {
+        const auto target = std::filesystem::read_symlink (entry.path(), error).string();
+
+        if (! error && target.rfind (prefix, 0) == 0)
+            ++open;
+    }
+
+    return open;
 }
 } // namespace
 
@@ -213,13 +227,13 @@ TEST (Loading, ReadersAreReleasedOnceTheAudioIsCopied)
         paths.add (writeShortSine (folder, "f" + juce::String (i) + (i % 2 == 0 ? ".wav" : ".flac")));
 
     rig.load (paths);
-    const auto openAfterFirstLoad = countOpenFileDescriptors();
+    EXPECT_EQ (countOpenFilesIn (folder.get()), 0);
 
     for (auto round = 0; round < 5; ++round)
         rig.processor.reloadSamples (true);
 
     EXPECT_EQ (rig.sounds().size(), 6u);
-    EXPECT_EQ (countOpenFileDescriptors(), openAfterFirstLoad);
+    EXPECT_EQ (countOpenFilesIn (folder.get()), 0);
 
     // Nothing keeps the files: they can be removed while their sounds play on.
     for (const auto& path : paths)
