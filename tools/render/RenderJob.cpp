@@ -149,5 +149,9 @@ void RenderJob::run()
     if (options.pngFile.has_value())
         out << "Picture:  " << options.pngFile->getFullPathName() << "\n";
 
+    if (options.outputFile.has_value() && options.bitsPerSample == 24 && juce::jmax (left.peak, right.peak) > 1.0f)
+        out << "Warning:  the peak is above 0 dBFS, so the 24-bit file is clipped: turn Volume down "
+               "(e.g. --set volume=0.4) or write 32-bit float (--bits 32)\n";
+
     out << std::flush;
 }
