@@ -4,7 +4,12 @@
 
 /** The instrument's juce::Synthesiser, with its lock made available so that code which
     walks the sound list (the parameter push, the status strip's count) can hold the
-    list still while the loader replaces it on another thread. */
+    list still while the loader replaces it on another thread.
+
+    Voice stealing is JUCE's rule, but on storage reserved in advance: the base class
+    empties its candidate list with Array::clear(), which frees it, so every stolen note
+    would allocate on the audio thread.
+*/
 class SampleSynthesiser : public juce::Synthesiser
 {
 public:
@@ -13,4 +18,15 @@ public:
 
     /** The lock that renderNextBlock, addSound and clearSounds take. */
     const juce::CriticalSection& getLock() const noexcept;
+
+protected:
+    juce::SynthesiserVoice* findVoiceToSteal (juce::SynthesiserSound* soundToPlay, int midiChannel,
+                                              int midiNoteNumber) const override;
+
+private:
+    /** Voices the candidate list holds without growing; more voices grow it once. */
+    static constexpr int reservedVoices = 256;
+
+    // Used only inside noteOn, which runs under the synthesiser's lock.
+    mutable juce::Array<juce::SynthesiserVoice*> stealCandidates;
 };

@@ -5,9 +5,12 @@
 namespace AudioFixtures
 {
 
+// A random part in the name: test processes run side by side, and a plain numbered
+// name lets two of them pick the same folder and delete it under each other.
 TempFolder::TempFolder()
     : folder (juce::File::getSpecialLocation (juce::File::tempDirectory)
-                  .getNonexistentChildFile ("sampivo-test", {}, false))
+                  .getNonexistentChildFile ("sampivo-test-" + juce::String::toHexString (juce::Random().nextInt64()),
+                                            {}, false))
 {
     folder.createDirectory();
 }
