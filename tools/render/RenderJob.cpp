@@ -13,6 +13,7 @@
 #include "WaveformPlot.h"
 #include "WavFileOutput.h"
 
+#include <iostream>
 #include <memory>
 
 namespace
@@ -33,6 +34,32 @@ void checkSamplesReadable (const juce::Array<juce::File>& samples)
             throw RenderFailure (ExitCode::unreadableInput,
                                  sample.getFullPathName() + " is not an audio file the instrument can read "
                                  "(WAV, AIFF, FLAC, MP3 or Ogg Vorbis)");
+    }
+}
+
+/** A saved state may name files that have since moved. The instrument skips them
+    silently, as it does in a DAW; the renderer says so, and renders on. */
+void warnAboutUnreadableFiles (const juce::StringArray& paths)
+{
+    juce::AudioFormatManager formats;
+    formats.registerBasicFormats();
+
+    for (const auto& path : paths)
+    {
+        if (! juce::File::isAbsolutePath (path))
+        {
+            std::cerr << "sampivo-render: warning: the sample " << path
+                      << " is not a full path, which the instrument needs; its keys stay silent" << std::endl;
+            continue;
+        }
+
+        const juce::File file (path);
+        std::unique_ptr<juce::AudioFormatReader> reader (file.existsAsFile() ? formats.createReaderFor (file)
+                                                                               : nullptr);
+
+        if (reader == nullptr)
+            std::cerr << "sampivo-render: warning: can't read the sample " << path << "; its keys stay silent"
+                      << std::endl;
     }
 }
 
@@ -82,6 +109,7 @@ void RenderJob::run()
     }
 
     instrument.setState (state);
+    warnAboutUnreadableFiles (state.getSampleFiles());
 
     for (const auto& setting : options.settings)
         instrument.setParameter (setting.id, setting.value);
