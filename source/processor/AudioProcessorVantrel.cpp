@@ -254,7 +254,34 @@ std::unique_ptr<XmlElement> AudioProcessorVantrel::parseStateBlock (const void* 
     HeapBlock<char> text (textLength + 4, true);
     std::memcpy (text.get(), addBytesToPointer (data, 8), textLength);
 
-    return parseXML (String::fromUTF8 (text.get(), (int) textLength));
+    const auto document = String::fromUTF8 (text.get(), (int) textLength);
+
+    if (! isSafeToParse (document))
+        return {};
+
+    return parseXML (document);
+}
+
+bool AudioProcessorVantrel::isSafeToParse (const String& document)
+{
+    // JUCE's reader calls itself once per nested element, and a document type can
+    // declare entities that it expands while reading. A settings document has one
+    // element and no document type, so texts that could drive the reader deep into
+    // the stack are refused instead: a hostile block must not be able to crash the
+    // host. Without a document type every element starts at a '<' of the text, so
+    // their count bounds the depth.
+    constexpr int maxMarkupCharacters = 256;
+
+    if (document.containsIgnoreCase ("<!DOCTYPE"))
+        return false;
+
+    auto markupCharacters = 0;
+
+    for (auto p = document.getCharPointer(); ! p.isEmpty(); ++p)
+        if (*p == '<' && ++markupCharacters > maxMarkupCharacters)
+            return false;
+
+    return true;
 }
 
 void AudioProcessorVantrel::setStateInformation (const void* data, int sizeInBytes)

@@ -47,6 +47,10 @@ public:
     /** Unwraps a saved-state block and parses its text; null if the block is not one. */
     static std::unique_ptr<XmlElement> parseStateBlock (const void* data, int sizeInBytes);
 
+    /** False for texts that the XML reader should not be given: a document type, or
+        more markup than a settings document could hold (see the definition). */
+    static bool isSafeToParse (const String& document);
+
     //==============================================================================
     /** Called by the per-sample path before the first sample after a prepare or a
         restore, and every 65,536 samples after that. */

@@ -288,3 +288,34 @@ TEST (StateRestore, NoReloadIsStartedByARestore)
     EXPECT_FALSE (processor.isLoadingSamples.load());
     EXPECT_EQ (processor.getNumLoadedSounds(), 0);
 }
+
+TEST_F (RejectedBlocks, DocumentsThatWouldDriveTheReaderDeep)
+{
+    // Each of these once overflowed the stack inside the XML reader.
+    std::string nested;
+
+    for (auto i = 0; i < 200000; ++i)
+        nested += "<a>";
+
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\">" + nested + "</settings>"));
+
+    // A lone continuation byte 0xBC decodes leniently to '<', so the count must be
+    // taken on the decoded text, not on the bytes.
+    std::string disguised;
+
+    for (auto i = 0; i < 200000; ++i)
+        disguised += "\xbc" "a>";
+
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\">" + disguised + "</settings>"));
+
+    // Document types declare entities, which the reader expands; settings never have one.
+    expectNothingRestored (wrapDocument ("<!DOCTYPE settings [ <!ENTITY e \"x\"> ]> <settings volume=\"0.1000\" a=\"&e;\"/>"));
+}
+
+TEST (StateRestore, ChildElementsAndCommentsDoNotStopARestore)
+{
+    VantrelSampivoAudioProcessor processor;
+    restoreAndCheckFlags (processor, wrapDocument ("<!-- saved by hand --><settings volume=\"0.3000\">"
+                                                   "<note kind=\"x\">hello</note><![CDATA[<<>>]]></settings>"));
+    EXPECT_FLOAT_EQ (valueOf (processor, "volume"), 0.3f);
+}
