@@ -2,6 +2,8 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
+#include <cmath>
+
 namespace juce
 {
 
@@ -35,7 +37,8 @@ public:
     /** Stops at once: value 0, idle. */
     void stop();
 
-    /** Advances one sample and returns the gain for it. */
+    /** Advances one sample and returns the gain for it. Defined below, in the header,
+        so that the voice's per-sample loop can inline it. */
     float nextGain();
 
     int curve = logCurve;
@@ -50,5 +53,82 @@ private:
     void computeRates();
     float shapeOutput() const;
 };
+
+//==============================================================================
+inline float SampleEnvelope::nextGain()
+{
+    if (state == idle)
+        return 0.0f;
+
+    if (curve != logCurve && curve != inverseCurve && curve != atanCurve)
+        return envelopeValue;
+
+    const auto linear = curve != logCurve;
+
+    switch (state)
+    {
+        case attackState:
+            envelopeValue += attackRate;
+
+            if (envelopeValue >= 1.0f)
+            {
+                envelopeValue = 1.0f;
+                state = decayRate > 0.0f ? decayState : sustainState;
+            }
+            break;
+
+        case decayState:
+            if (linear)
+                envelopeValue -= decayRate;
+            else
+                envelopeValue *= decayRate;
+
+            if (envelopeValue <= sustainLevel)
+            {
+                envelopeValue = sustainLevel;
+                state = sustainState;
+            }
+            break;
+
+        case sustainState:
+            envelopeValue = sustainLevel;
+            break;
+
+        case releaseState:
+            if (linear)
+                envelopeValue -= releaseRate;
+            else
+                envelopeValue *= releaseRate;
+
+            if (envelopeValue <= 0.0f)
+            {
+                envelopeValue = 0.0f;
+                state = idle;
+            }
+            break;
+
+        default:
+            break;
+    }
+
+    return linear ? shapeOutput() : envelopeValue;
+}
+
+inline float SampleEnvelope::shapeOutput() const
+{
+    if (curve == inverseCurve)
+    {
+        const auto y = 1.0f + (1.0f - envelopeValue) * 99.0f;
+        return y <= 0.0f ? 0.0f : 1.0f / y - 0.01f;
+    }
+
+    if (envelopeValue >= 1.0f)
+        return 1.0f;
+
+    if (envelopeValue <= 0.0f)
+        return 0.0f;
+
+    return (float) (1.0 - std::atan ((1.0 - (double) envelopeValue) * 15.707963268) * 0.66347);
+}
 
 } // namespace juce
