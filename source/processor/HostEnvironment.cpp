@@ -69,6 +69,8 @@ juce::String HostEnvironment::utcTimestamp (std::time_t time)
    #endif
 
     std::array<char, 30> buffer {};
+    // The same text as "%FT%TZ", spelt out: older Windows C runtimes (msvcrt, as used
+    // by MinGW) reject %F and %T through their invalid-parameter handler.
     std::strftime (buffer.data(), buffer.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
     return buffer.data();
 }
