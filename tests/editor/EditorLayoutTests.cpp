@@ -108,3 +108,21 @@ TEST_F (EditorLayout, CaptionsUseTheLookAndFeelsLabelFont)
     ASSERT_NE (lookAndFeel, nullptr);
     EXPECT_FLOAT_EQ (lookAndFeel->getLabelFont (*caption).getHeight(), 14.4f);
 }
+
+TEST_F (EditorLayout, CaptionsAreDrawnWithARealFace)
+{
+    // Where the preferred face is missing the platform's own face must still give glyphs:
+    // the caption has to put light pixels on the panel.
+    auto* caption = captionWithText (*editor, "Probability");
+    ASSERT_NE (caption, nullptr);
+    const auto image = editor->createComponentSnapshot (caption->getBounds(), true, 1.0f);
+    const juce::Image::BitmapData pixels (image, juce::Image::BitmapData::readOnly);
+    auto lightPixels = 0;
+
+    for (auto y = 0; y < image.getHeight(); ++y)
+        for (auto x = 0; x < image.getWidth(); ++x)
+            if (pixels.getPixelColour (x, y).getBrightness() > 0.8f)
+                ++lightPixels;
+
+    EXPECT_GT (lightPixels, 20);
+}
