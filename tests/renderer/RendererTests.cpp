@@ -311,26 +311,40 @@ TEST_F (RendererTest, AStateFileRestoresParametersAndSamplesInBothForms)
 
 TEST_F (RendererTest, NotesDroppedByProbabilityAreCounted)
 {
-    // Probability 0 with no velocity influence drops every note (the draw is never
-    // exactly zero), so the output stays silent and every note counts as dropped.
+    // With Vel > Probability at 1 the choice is velocity's alone: a note plays when
+    // 1 - velocity <= probability. At probability 0.5, velocity 127 plays and
+    // velocity 40 (1 - 40/127 = 0.69) is dropped, every time.
+    const auto mixed = temp.file ("mixed-velocities.mid");
+    writeMidiFile (mixed, { { 0.5, 60, 0.25, 127 }, { 1.0, 60, 0.25, 40 }, { 2.0, 60, 0.25, 127 },
+                            { 3.0, 60, 0.25, 40 }, { 3.5, 60, 0.25, 127 } });
+
     const auto out = temp.file ("dropped.wav");
     auto arguments = steadyNotes();
-    arguments.addArray ({ "--sample", sample.getFullPathName(), "--midi", midi.getFullPathName(), "--set",
-                          "probabl=0", "--set", "vel2prob=0", "--out", out.getFullPathName() });
+    arguments.addArray ({ "--sample", sample.getFullPathName(), "--midi", mixed.getFullPathName(), "--set",
+                          "probabl=0.5", "--set", "vel2prob=1", "--out", out.getFullPathName() });
     const auto result = render (arguments);
     ASSERT_EQ (result.exitCode, 0) << describe (result);
+    EXPECT_TRUE (result.out.contains ("Notes:    5 started, 2 dropped by probability (estimated")) << result.out;
 
-    EXPECT_TRUE (result.out.contains ("Notes:    5 started, 5 dropped by probability")) << result.out;
-    EXPECT_TRUE (result.out.contains ("Peak:     L -inf dBFS   R -inf dBFS")) << result.out;
+    // The audio agrees: sound right at the loud notes, silence after the soft ones.
+    const auto rendered = readWav (out);
 
-    // Probability just below 100 % lets every note through (a draw would have to
-    // exceed 0.9999), so the same estimate must find none dropped.
-    auto almostAlways = steadyNotes();
-    almostAlways.addArray ({ "--sample", sample.getFullPathName(), "--midi", midi.getFullPathName(), "--set",
-                             "probabl=0.9999", "--set", "vel2prob=0" });
-    const auto played = render (almostAlways);
-    ASSERT_EQ (played.exitCode, 0) << describe (played);
-    EXPECT_TRUE (played.out.contains ("Notes:    5 started, 0 dropped by probability (estimated")) << played.out;
+    for (const auto& [beat, plays] : { std::pair { 0.5, true }, { 1.0, false }, { 2.0, true }, { 3.0, false } })
+    {
+        const auto at = juce::roundToInt (secondsAtBeat (beat) * sampleRate);
+        const auto level = SignalAnalysis::peak (rendered.audio.getReadPointer (0), at, at + 2400);
+        EXPECT_EQ (level > 1.0e-4f, plays) << "note at beat " << beat;
+    }
+
+    // Probability 0 left to chance alone drops them all (a note would need a random
+    // draw of exactly 0): silence, and every note counted.
+    auto none = steadyNotes();
+    none.addArray ({ "--sample", sample.getFullPathName(), "--midi", mixed.getFullPathName(), "--set", "probabl=0",
+                     "--set", "vel2prob=0" });
+    const auto silent = render (none);
+    ASSERT_EQ (silent.exitCode, 0) << describe (silent);
+    EXPECT_TRUE (silent.out.contains ("Notes:    5 started, 5 dropped by probability")) << silent.out;
+    EXPECT_TRUE (silent.out.contains ("Peak:     L -inf dBFS   R -inf dBFS")) << silent.out;
 }
 
 TEST_F (RendererTest, TheBuiltInToneAndPhraseRenderWithAPicture)
