@@ -266,3 +266,45 @@ TEST_F (KnobBinding, ClosingTheEditorReleasesEveryParameter)
     editor.reset (processor.createEditor());
     EXPECT_NEAR (knobFor (processor, "volume").getValue(), 0.3, 1.0e-6);
 }
+
+TEST (ParameterSliderBinding, BackPointerLivesAsLongAsTheKnob)
+{
+    VantrelSampivoAudioProcessor processor;
+    auto& parameter = *processor.sustainParam;
+
+    {
+        ParameterSlider unbound;
+        EXPECT_EQ (unbound.getParameter(), nullptr);
+        EXPECT_EQ (unbound.getSliderStyle(), juce::Slider::RotaryVerticalDrag);
+    }
+    EXPECT_EQ (parameter.getAttachedSlider(), nullptr);
+
+    {
+        ParameterSlider knob;
+        knob.bindToParameter (&parameter);
+        EXPECT_EQ (parameter.getAttachedSlider(), &knob);
+        EXPECT_TRUE (knob.getValueChangeListener().hasChanged());
+
+        // The knob alone never writes its parameter; only the editor does.
+        knob.setValue (0.7, juce::sendNotificationSync);
+        EXPECT_EQ (valueOf (parameter), 0.0f);
+    }
+
+    EXPECT_EQ (parameter.getAttachedSlider(), nullptr);
+    parameter.setValueNotifyingHost (0.5f); // no listener of the destroyed knob is left to call
+    EXPECT_EQ (valueOf (parameter), 0.5f);
+}
+
+TEST_F (KnobBinding, EditorIgnoresAKnobWithoutParameter)
+{
+    ParameterSlider stray;
+    stray.setValue (0.9, juce::dontSendNotification);
+    processor.controlsNeedUpdate.store (false);
+
+    sampivoEditor().sliderValueChanged (&stray);
+    sampivoEditor().sliderValueChanged (nullptr);
+
+    EXPECT_FALSE (processor.controlsNeedUpdate.load());
+    for (auto* parameter : processor.getParameters())
+        EXPECT_NE (valueOf (*parameter), 0.9f);
+}
