@@ -398,6 +398,9 @@ TEST_F (RendererTest, BadInputsEndWithAMessageAndTheirOwnExitStatus)
         { "value above 1", { "--midi", midiPath, "--set", "volume=1.5" }, 5, "volume" },
         { "value below 0", { "--midi", midiPath, "--set", "pan=-0.1" }, 5, "pan" },
         { "value not a number", { "--midi", midiPath, "--set", "decay=loud" }, 5, "decay" },
+        { "output folder missing", { "--midi", midiPath, "--out", temp.file ("no-folder/x.wav").getFullPathName() },
+          6, "no-folder" },
+        { "picture onto a folder", { "--midi", midiPath, "--png", temp.get().getFullPathName() }, 6, "folder" },
     };
 
     for (const auto& test : cases)

@@ -8,6 +8,7 @@
 #include "HostedInstrument.h"
 #include "MidiScore.h"
 #include "OfflineRenderer.h"
+#include "OutputPath.h"
 #include "RenderFailure.h"
 #include "TerminalProgress.h"
 #include "WaveformPlot.h"
@@ -86,6 +87,10 @@ void RenderJob::run()
                                 ? std::make_unique<const InstrumentState> (InstrumentState::fromFile (*options.stateFile))
                                 : nullptr;
     checkSamplesReadable (options.samples);
+
+    for (const auto& target : { options.outputFile, options.pngFile })
+        if (target.has_value())
+            OutputPath::checkWritable (*target);
 
     OfflineRenderer::Settings settings;
     settings.sampleRate = options.sampleRate;

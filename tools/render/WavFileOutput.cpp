@@ -1,5 +1,6 @@
 #include "WavFileOutput.h"
 
+#include "OutputPath.h"
 #include "RenderFailure.h"
 
 void WavFileOutput::write (const juce::File& file, const juce::AudioBuffer<float>& audio, double sampleRate,
@@ -10,11 +11,7 @@ void WavFileOutput::write (const juce::File& file, const juce::AudioBuffer<float
         throw RenderFailure (ExitCode::outputFailed, "can't write " + file.getFullPathName() + ": " + why);
     };
 
-    if (file.isDirectory())
-        fail ("it is a folder");
-
-    if (! file.getParentDirectory().isDirectory())
-        fail ("the folder " + file.getParentDirectory().getFullPathName() + " doesn't exist");
+    OutputPath::checkWritable (file);
 
     // Written beside the target and moved over it at the end, so an interrupted or
     // failed write never leaves a truncated file under the requested name.

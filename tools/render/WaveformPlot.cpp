@@ -1,5 +1,6 @@
 #include "WaveformPlot.h"
 
+#include "OutputPath.h"
 #include "RenderFailure.h"
 
 #include <cmath>
@@ -148,11 +149,7 @@ void WaveformPlot::writePng (const juce::File& file, const juce::AudioBuffer<flo
         throw RenderFailure (ExitCode::outputFailed, "can't write " + file.getFullPathName() + ": " + why);
     };
 
-    if (file.isDirectory())
-        fail ("it is a folder");
-
-    if (! file.getParentDirectory().isDirectory())
-        fail ("the folder " + file.getParentDirectory().getFullPathName() + " doesn't exist");
+    OutputPath::checkWritable (file);
 
     const auto image = draw (audio, sampleRate, title);
 
