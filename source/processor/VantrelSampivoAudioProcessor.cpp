@@ -106,9 +106,10 @@ void VantrelSampivoAudioProcessor::processBlock (juce::AudioBuffer<float>& buffe
         buffer.clear (channel, 0, numSamples);
 
     // Taking the request before loading means one that arrives during the load is
-    // served by the next block rather than lost.
-    if (reloadRequested.exchange (false))
-        reloadSamples (true);
+    // served by the next block; one that meets a load running on another thread is
+    // put back for the next block rather than lost.
+    if (reloadRequested.exchange (false) && ! loadSamples (true))
+        reloadRequested.store (true);
 
     updateSoundParameters();
 
@@ -275,8 +276,13 @@ int VantrelSampivoAudioProcessor::rootNoteForSample (int index, int count)
 
 void VantrelSampivoAudioProcessor::reloadSamples (bool force)
 {
+    loadSamples (force);
+}
+
+bool VantrelSampivoAudioProcessor::loadSamples (bool force)
+{
     if (isLoadingSamples.exchange (true))
-        return;
+        return false;
 
     const auto fileList = getStateProperty ("filenames");
 
@@ -294,6 +300,7 @@ void VantrelSampivoAudioProcessor::reloadSamples (bool force)
     }
 
     isLoadingSamples.store (false);
+    return true;
 }
 
 void VantrelSampivoAudioProcessor::addSample (const juce::String& path, int index, int count)

@@ -111,6 +111,9 @@ public:
     std::atomic<int> noteHeldSamples { 0 };
 
 private:
+    /** reloadSamples' work; false when another load was already running. */
+    bool loadSamples (bool force);
+
     mutable std::mutex sampleLoadStatusLock;
     juce::String sampleLoadStatus;
 
