@@ -64,11 +64,8 @@ void warnAboutUnreadableFiles (const juce::StringArray& paths)
     }
 }
 
-juce::String describeSamples (const juce::StringArray& files, bool builtInTone)
+juce::String describeSamples (const juce::StringArray& files)
 {
-    if (builtInTone)
-        return "the built-in tone";
-
     return files.size() == 1 ? files[0] : juce::String (files.size()) + " files, alternating across the keys";
 }
 } // namespace
@@ -102,6 +99,7 @@ void RenderJob::run()
 
     // The state to restore: the saved one, or the fresh instrument's own, with the
     // sample list replaced by --sample files or, when nothing names a sample, the tone.
+    // The tone's file must outlive the instrument's reading of it, so it is declared here.
     auto state = savedState != nullptr ? *savedState : instrument.getState();
     std::unique_ptr<DefaultTone> tone;
 
@@ -120,59 +118,67 @@ void RenderJob::run()
         instrument.setParameter (setting.id, setting.value);
 
     if (options.listParameters)
-    {
-        out << "Parameters:\n";
-
-        for (const auto& id : instrument.getParameterIds())
-        {
-            const auto* parameter = instrument.findParameter (id);
-            out << "  " << id.paddedRight (' ', 10) << parameter->getName (32).paddedRight (' ', 20)
-                << juce::String (parameter->getValue(), 4).paddedRight (' ', 8) << parameter->getCurrentValueAsText()
-                << "\n";
-        }
-    }
+        printParameters (instrument);
 
     TerminalProgress progress (out, TerminalProgress::isTerminal(), totalSamples / settings.sampleRate);
     const auto audio = OfflineRenderer::render (instrument.getPlugin(), score, settings,
                                                 [&progress] (double fraction) { progress.update (fraction); });
     progress.finish();
 
-    const auto seconds = audio.getNumSamples() / settings.sampleRate;
+    writeFiles (audio);
+    printSummary (instrument, score, audio,
+                  tone != nullptr ? juce::String ("the built-in tone") : describeSamples (state.getSampleFiles()));
+}
 
+void RenderJob::printParameters (HostedInstrument& instrument)
+{
+    out << "Parameters:\n";
+
+    for (const auto& id : instrument.getParameterIds())
+    {
+        const auto* parameter = instrument.findParameter (id);
+        out << "  " << id.paddedRight (' ', 10) << parameter->getName (32).paddedRight (' ', 20)
+            << juce::String (parameter->getValue(), 4).paddedRight (' ', 8) << parameter->getCurrentValueAsText()
+            << "\n";
+    }
+}
+
+void RenderJob::writeFiles (const juce::AudioBuffer<float>& audio) const
+{
     if (options.outputFile.has_value())
-        WavFileOutput::write (*options.outputFile, audio, settings.sampleRate, options.bitsPerSample);
+        WavFileOutput::write (*options.outputFile, audio, options.sampleRate, options.bitsPerSample);
 
     if (options.pngFile.has_value())
     {
-        const auto title = "Vantrel Sampivo  |  " + (options.midiFile.has_value() ? options.midiFile->getFileName()
-                                                                                   : juce::String ("built-in phrase"))
-                           + "  |  " + juce::String (seconds, 2) + " s at " + juce::String (settings.sampleRate, 0)
-                           + " Hz";
-        WaveformPlot::writePng (*options.pngFile, audio, settings.sampleRate, title);
+        const auto title = "Vantrel Sampivo  |  " + describeMidi (false) + "  |  "
+                           + juce::String (audio.getNumSamples() / options.sampleRate, 2) + " s at "
+                           + juce::String (options.sampleRate, 0) + " Hz";
+        WaveformPlot::writePng (*options.pngFile, audio, options.sampleRate, title);
     }
+}
 
-    // Summary.
+void RenderJob::printSummary (HostedInstrument& instrument, const MidiScore& score,
+                              const juce::AudioBuffer<float>& audio, const juce::String& samples)
+{
+    // Only a Probability below 100 % can drop a note; then the count has to come from the audio.
     const auto* probability = instrument.findParameter ("probabl");
     const auto canDrop = probability == nullptr || probability->getValue() < 1.0f;
-    const auto dropped = canDrop ? DroppedNoteEstimator::countDropped (audio, score, settings.sampleRate) : 0;
+    const auto dropped = canDrop ? DroppedNoteEstimator::countDropped (audio, score, options.sampleRate) : 0;
     const auto left = ChannelLevels::measure (audio, 0);
     const auto right = ChannelLevels::measure (audio, 1);
 
     out << "Plug-in:  " << instrument.getBundle().getFullPathName() << "\n"
-        << "Samples:  " << describeSamples (state.getSampleFiles(), tone != nullptr) << "\n"
-        << "MIDI:     " << (options.midiFile.has_value() ? options.midiFile->getFullPathName()
-                                                         : juce::String ("the built-in phrase"))
-        << "\n"
-        << "Length:   " << juce::String (seconds, 3) << " s (" << audio.getNumSamples() << " samples at "
-        << juce::String (settings.sampleRate, 0) << " Hz, " << juce::String (options.tailSeconds, 2)
-        << " s tail)\n"
+        << "Samples:  " << samples << "\n"
+        << "MIDI:     " << describeMidi (true) << "\n"
+        << "Length:   " << juce::String (audio.getNumSamples() / options.sampleRate, 3) << " s ("
+        << audio.getNumSamples() << " samples at " << juce::String (options.sampleRate, 0) << " Hz, "
+        << juce::String (options.tailSeconds, 2) << " s tail)\n"
         << "Peak:     L " << ChannelLevels::toDecibelText (left.peak) << " dBFS   R "
         << ChannelLevels::toDecibelText (right.peak) << " dBFS\n"
         << "RMS:      L " << ChannelLevels::toDecibelText (left.rms) << " dBFS   R "
         << ChannelLevels::toDecibelText (right.rms) << " dBFS\n"
         << "Notes:    " << score.getNumNoteOns() << " started, " << dropped << " dropped by probability"
-        << (canDrop ? " (estimated from the audio: no sound began after the note-on)"
-                    : " (Probability is at 100 %)")
+        << (canDrop ? " (estimated from the audio: no sound began after the note-on)" : " (Probability is at 100 %)")
         << "\n";
 
     if (options.outputFile.has_value())
@@ -187,4 +193,12 @@ void RenderJob::run()
                "(e.g. --set volume=0.4) or write 32-bit float (--bits 32)\n";
 
     out << std::flush;
+}
+
+juce::String RenderJob::describeMidi (bool fullPath) const
+{
+    if (! options.midiFile.has_value())
+        return fullPath ? "the built-in phrase" : "built-in phrase";
+
+    return fullPath ? options.midiFile->getFullPathName() : options.midiFile->getFileName();
 }

@@ -2,7 +2,12 @@
 
 #include "RenderOptions.h"
 
+#include <juce_audio_basics/juce_audio_basics.h>
+
 #include <ostream>
+
+class HostedInstrument;
+class MidiScore;
 
 /** One run of the renderer: gathers the inputs, loads the instrument, applies the
     state and parameters, renders, writes the files and prints the summary. */
@@ -15,6 +20,12 @@ public:
     void run();
 
 private:
+    void printParameters (HostedInstrument& instrument);
+    void writeFiles (const juce::AudioBuffer<float>& audio) const;
+    void printSummary (HostedInstrument& instrument, const MidiScore& score, const juce::AudioBuffer<float>& audio,
+                       const juce::String& samples);
+    juce::String describeMidi (bool fullPath) const;
+
     RenderOptions options;
     std::ostream& out;
 };
