@@ -293,3 +293,45 @@ TEST (Sharing, PushesFromTwoThreadsLeaveEverySoundWithOneThreadsValues)
         EXPECT_FLOAT_EQ (sound->envelopeSampleRate.load(), (float) sampleRate);
     }
 }
+
+TEST (Sharing, ASoundLoadedOffTheAudioThreadIsSafeToPlayBeforeItsFirstPush)
+{
+    // A program change loads on the host's thread. The audio thread pushes the settings
+    // into the sounds and then renders, so a sound added between the two is played
+    // before any push reaches it: with its initial settings, and an envelope rate of 0
+    // that makes every stage rate infinite. That must still give finite, bounded audio.
+    const SamplePool pool;
+    VantrelSampivoAudioProcessor processor;
+    prepare (processor);
+
+    // The instrument has been playing: its first block (which loads) is behind it.
+    juce::AudioBuffer<float> buffer (2, blockSize);
+    juce::MidiBuffer none;
+    processor.processBlock (buffer, none);
+
+    processor.setStateProperty ("filenames", pool.files().front().getFullPathName());
+    processor.setCurrentProgram (0);
+    ASSERT_EQ (processor.getNumLoadedSounds(), 1);
+
+    const juce::SynthesiserSound::Ptr held (processor.synth.getSound (0));
+    auto* sound = dynamic_cast<juce::SamplerSoundLog*> (held.get());
+    ASSERT_NE (sound, nullptr);
+    ASSERT_EQ (sound->envelopeSampleRate.load(), 0.0f);
+
+    // What the synthesiser does in that window: start and release notes on the sound,
+    // one of them re-struck while it sounds.
+    buffer.clear();
+    juce::MidiBuffer midi;
+    midi.addEvent (juce::MidiMessage::noteOn (1, 60, (juce::uint8) 127), 0);
+    midi.addEvent (juce::MidiMessage::noteOn (1, 64, (juce::uint8) 30), 10);
+    midi.addEvent (juce::MidiMessage::noteOff (1, 60), 64);
+    midi.addEvent (juce::MidiMessage::noteOn (1, 64, (juce::uint8) 90), 100);
+    processor.synth.renderNextBlock (buffer, midi, 0, blockSize);
+
+    EXPECT_EQ (checkBlock (buffer, outputBound (1.0f)), juce::String());
+
+    // The next block's push gives it the settings, and it plays on.
+    processor.processBlock (buffer, none);
+    EXPECT_FLOAT_EQ (sound->envelopeSampleRate.load(), (float) sampleRate);
+    EXPECT_EQ (checkBlock (buffer, outputBound (1.0f)), juce::String());
+}
