@@ -7,8 +7,10 @@
 
 #include "StateSeeds.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <string>
 #include <vector>
 

@@ -10,9 +10,12 @@
 
 #include "processor/VantrelSampivoAudioProcessor.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <map>
 #include <vector>
 
