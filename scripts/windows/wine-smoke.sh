@@ -71,8 +71,9 @@ step_end
 windows_dir="Z:\\tmp\\$run_name"
 step_start "smoke run"
 status=0
-in_root timeout 300 xvfb-run -a -s "-screen 0 1280x1024x24" \
-    wine "/tmp/$run_name/vst3-smoke.exe" \
+# The loader's exit code is kept while wineserver winds down before Xvfb stops.
+in_root timeout 300 xvfb-run -a -s "-screen 0 1280x1024x24" sh -c 'wine "$@"; status=$?; wineserver -w; exit $status' \
+    sh "/tmp/$run_name/vst3-smoke.exe" \
     "$windows_dir\\Vantrel Sampivo.vst3\\Contents\\x86-win\\Vantrel Sampivo.vst3" \
     "$windows_dir\\a.wav" "$windows_dir\\b.flac" || status=$?
 step_end

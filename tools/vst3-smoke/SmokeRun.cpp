@@ -273,7 +273,7 @@ bool SmokeRun::createController()
 
 std::vector<char> SmokeRun::makeStateBlock() const
 {
-    const auto xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<settings filenames=\""
+    const auto xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<settings volume=\"0.2500\" filenames=\""
                      + xmlEscaped (options.wavPath + "\n" + options.flacPath) + "\"/>\n";
     const auto length = static_cast<uint32_t> (xml.size() + 1);
 
@@ -305,8 +305,29 @@ bool SmokeRun::restoreSampleState()
     if (! log.check (component->setState (stream) == kResultOk, "component accepted a state naming a WAV and a FLAC file"))
         return false;
 
+    // JUCE's controller answers kNotImplemented (the SDK base's result) after it has
+    // copied the processor's parameter values; the value itself is the real check.
     stream->seek (0, IBStream::kIBSeekSet, nullptr);
-    log.check (controller->setComponentState (stream) == kResultOk, "controller accepted the component state");
+    const auto result = controller->setComponentState (stream);
+    log.check (result == kResultOk || result == kNotImplemented, "controller took the component state");
+
+    bool foundVolume = false;
+
+    for (int32 i = 0; i < controller->getParameterCount(); ++i)
+    {
+        Vst::ParameterInfo info {};
+        controller->getParameterInfo (i, info);
+
+        if (fromString128 (info.title) == "Volume")
+        {
+            foundVolume = true;
+            const auto value = controller->getParamNormalized (info.id);
+            log.check (std::abs (value - 0.25) < 1.0e-4,
+                       "controller shows the restored volume (" + std::to_string (value) + ")");
+        }
+    }
+
+    log.check (foundVolume, "controller has a parameter titled \"Volume\"");
     return true;
 }
 
@@ -402,6 +423,7 @@ void SmokeRun::roundTripState()
     log.check (xml.find ("<settings") != std::string::npos, "saved state is a settings document");
     log.check (xml.find (xmlEscaped (options.wavPath + "\n" + options.flacPath)) != std::string::npos,
                "saved state keeps the two file paths");
+    log.check (xml.find ("volume=\"0.2500\"") != std::string::npos, "saved state keeps the restored volume");
 
     IPtr<MemoryStream> stream = owned (new MemoryStream (saved));
     log.check (component->setState (stream) == kResultOk, "saved state restored");
