@@ -29,6 +29,6 @@ ${win_triplet}-g++-posix "${flags[@]}" -municode \
     -Wall -Wextra -Wshadow -Wconversion -Wno-unused-parameter -Wno-non-virtual-dtor \
     -I "$win_root/tools/vst3-smoke" \
     "$win_root"/tools/vst3-smoke/*.cpp "$output.funknown.o" \
-    -static -static-libgcc -static-libstdc++ -lole32 -luser32 \
+    -static -static-libgcc -static-libstdc++ -lole32 -luser32 -lgdi32 \
     -o "$output"
 echo "Loader built: $output"

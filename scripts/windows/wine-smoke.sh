@@ -75,8 +75,18 @@ status=0
 in_root timeout 300 xvfb-run -a -s "-screen 0 1280x1024x24" sh -c 'wine "$@"; status=$?; wineserver -w; exit $status' \
     sh "/tmp/$run_name/vst3-smoke.exe" \
     "$windows_dir\\Vantrel Sampivo.vst3\\Contents\\x86-win\\Vantrel Sampivo.vst3" \
-    "$windows_dir\\a.wav" "$windows_dir\\b.flac" || status=$?
+    "$windows_dir\\a.wav" "$windows_dir\\b.flac" "$windows_dir\\editor.ppm" || status=$?
 step_end
+
+# The editor as Wine drew it, for a person to look at.
+if [ -f "$run_dir/editor.ppm" ]; then
+    mkdir -p "$build_dir/smoke"
+    if command -v pnmtopng >/dev/null 2>&1; then
+        pnmtopng "$run_dir/editor.ppm" > "$build_dir/smoke/editor.png" 2>/dev/null && echo "Editor picture: $build_dir/smoke/editor.png"
+    else
+        cp "$run_dir/editor.ppm" "$build_dir/smoke/editor.ppm" && echo "Editor picture: $build_dir/smoke/editor.ppm"
+    fi
+fi
 
 if [ "$status" -ne 0 ]; then
     echo "Wine smoke test FAILED (exit $status)"

@@ -1,7 +1,7 @@
 // vst3-smoke: loads the Windows build of the instrument the way a VST3 host does and
 // checks it end to end. Run under 32-bit Wine by scripts/windows/wine-smoke.sh:
 //
-//   vst3-smoke.exe <plug-in DLL> <WAV path> <FLAC path>
+//   vst3-smoke.exe <plug-in DLL> <WAV path> <FLAC path> [editor picture .ppm]
 //
 // The paths are Windows paths (Z:\... under Wine). Exit code 0 when every check passed.
 
@@ -24,12 +24,12 @@ std::string toUtf8 (const wchar_t* text)
 
 int wmain (int argc, wchar_t** argv)
 {
-    if (argc != 4)
+    if (argc != 4 && argc != 5)
     {
-        std::fprintf (stderr, "usage: vst3-smoke <plug-in DLL> <WAV path> <FLAC path>\n");
+        std::fprintf (stderr, "usage: vst3-smoke <plug-in DLL> <WAV path> <FLAC path> [editor picture .ppm]\n");
         return 2;
     }
 
-    SmokeRun smoke ({ argv[1], toUtf8 (argv[2]), toUtf8 (argv[3]) });
+    SmokeRun smoke ({ argv[1], toUtf8 (argv[2]), toUtf8 (argv[3]), argc == 5 ? argv[4] : L"" });
     return smoke.run();
 }

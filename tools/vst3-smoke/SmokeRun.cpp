@@ -10,9 +10,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdint>
 #include <cstring>
 #include <regex>
+#include <unordered_set>
 
 using namespace Steinberg;
 
@@ -475,6 +477,7 @@ void SmokeRun::openEditor()
             log.check (childRect.right - childRect.left == 375 && childRect.bottom - childRect.top == 400,
                        "editor window is " + std::to_string (childRect.right - childRect.left) + " x "
                            + std::to_string (childRect.bottom - childRect.top));
+            checkEditorPicture (child);
         }
 
         log.check (view->removed() == kResultOk, "editor detached");
@@ -483,6 +486,67 @@ void SmokeRun::openEditor()
     view->setFrame (nullptr);
     DestroyWindow (parent);
     pumpMessages (100);
+}
+
+// Reads back what the editor painted: knobs, labels and texts give many colours,
+// while an editor that failed to paint leaves a blank or single-colour window.
+void SmokeRun::checkEditorPicture (HWND editorWindow)
+{
+    RECT rect {};
+    GetClientRect (editorWindow, &rect);
+    const auto width = static_cast<int> (rect.right - rect.left);
+    const auto height = static_cast<int> (rect.bottom - rect.top);
+
+    if (width <= 0 || height <= 0)
+        return;
+
+    BITMAPINFO info {};
+    info.bmiHeader.biSize = sizeof (BITMAPINFOHEADER);
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height; // top row first
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+
+    HDC windowDC = GetDC (editorWindow);
+    HDC memoryDC = CreateCompatibleDC (windowDC);
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection (windowDC, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    auto previous = SelectObject (memoryDC, bitmap);
+    BitBlt (memoryDC, 0, 0, width, height, windowDC, 0, 0, SRCCOPY);
+    GdiFlush();
+
+    const auto* pixels = static_cast<const uint32_t*> (bits);
+    const auto count = static_cast<size_t> (width) * static_cast<size_t> (height);
+    std::unordered_set<uint32_t> colours;
+
+    for (size_t i = 0; i < count; ++i)
+        colours.insert (pixels[i] & 0xffffffu);
+
+    log.check (colours.size() > 100, "editor painted its controls (" + std::to_string (colours.size()) + " colours)");
+
+    if (! options.snapshotPath.empty())
+    {
+        if (auto* file = _wfopen (options.snapshotPath.c_str(), L"wb"))
+        {
+            std::fprintf (file, "P6\n%d %d\n255\n", width, height);
+
+            for (size_t i = 0; i < count; ++i)
+            {
+                const unsigned char rgb[] = { static_cast<unsigned char> (pixels[i] >> 16),
+                                              static_cast<unsigned char> (pixels[i] >> 8),
+                                              static_cast<unsigned char> (pixels[i]) };
+                std::fwrite (rgb, 1, 3, file);
+            }
+
+            std::fclose (file);
+        }
+    }
+
+    SelectObject (memoryDC, previous);
+    DeleteObject (bitmap);
+    DeleteDC (memoryDC);
+    ReleaseDC (editorWindow, windowDC);
 }
 
 void SmokeRun::shutDown()

@@ -19,6 +19,7 @@ struct SmokeOptions
     std::wstring pluginPath;   // the DLL inside the bundle's Contents/x86-win
     std::string wavPath;       // Windows paths of the two samples, UTF-8
     std::string flacPath;
+    std::wstring snapshotPath;  // optional: where to write the editor's picture (PPM)
 };
 
 // Drives the plug-in through what a Windows host does with an instrument: load the
@@ -49,6 +50,7 @@ private:
     void shutDown();
     bool unloadModule();
 
+    void checkEditorPicture (HWND editorWindow);
     std::vector<char> makeStateBlock() const;
     std::vector<char> currentState();
 
