@@ -30,13 +30,17 @@ loader="$build_dir/smoke/vst3-smoke.exe"
 "$win_root/scripts/windows/build-smoke-loader.sh" "$loader"
 step_end
 
+# One run at a time per root: runs share its /proc mount and its Wine prefix.
+exec 9>"$win_cache/wine-root.lock"
+flock 9
+
 # Everything the run needs is staged inside the root, where Wine sees it as Z:\.
 run_name="sampivo-smoke.$$"
 run_dir="$wine_root/tmp/$run_name"
 proc_mounted=0
 
 cleanup() {
-    as_root chroot "$wine_root" env WINEPREFIX=/root/.wine-sampivo wineserver -k >/dev/null 2>&1 || true
+    as_root chroot "$wine_root" env WINEPREFIX=/root/.wine-sampivo wineserver -k >/dev/null 2>&1 9>&- || true
     if [ "$proc_mounted" -eq 1 ]; then
         as_root umount "$wine_root/proc" || true
     fi
@@ -59,7 +63,7 @@ fi
 in_root() {
     as_root chroot "$wine_root" env -i HOME=/root PATH=/usr/local/bin:/usr/bin:/bin \
         WINEPREFIX=/root/.wine-sampivo WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" \
-        "$@"
+        "$@" 9>&-
 }
 
 step_start "Wine prefix"
