@@ -13,4 +13,10 @@ export CCACHE_NOHASHDIR=1
 jobs="$(nproc 2>/dev/null || echo 2)"
 
 cmake -S "$root" -B "$build_dir" -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-Release}" "$@"
-cmake --build "$build_dir" --parallel "$jobs"
+# SAMPIVO_BUILD_TARGETS (space-separated) builds only those targets and what they need.
+targets=()
+for target in ${SAMPIVO_BUILD_TARGETS:-}; do
+    targets+=(--target "$target")
+done
+
+cmake --build "$build_dir" --parallel "$jobs" "${targets[@]}"
