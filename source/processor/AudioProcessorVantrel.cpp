@@ -4,7 +4,7 @@
 #include "SampivoBuildInfo.h"
 
 #include <cmath>
-#include <cstring>
+#include <string>
 
 namespace juce
 {
@@ -248,18 +248,66 @@ std::unique_ptr<XmlElement> AudioProcessorVantrel::parseStateBlock (const void* 
     if (lengthWord == 0)
         return {};
 
-    // The text is copied with a terminating zero of its own: the UTF-8 decoder reads
-    // ahead after a lead byte, and the host's block may end right after the text.
     const auto textLength = (size_t) jmin ((uint32) (sizeInBytes - 8), lengthWord);
-    HeapBlock<char> text (textLength + 4, true);
-    std::memcpy (text.get(), addBytesToPointer (data, 8), textLength);
-
-    const auto document = String::fromUTF8 (text.get(), (int) textLength);
+    const auto document = decodeUtf8 (addBytesToPointer (data, 8), textLength);
 
     if (! isSafeToParse (document))
         return {};
 
     return parseXML (document);
+}
+
+String AudioProcessorVantrel::decodeUtf8 (const void* data, size_t size)
+{
+    // JUCE's strings step over a lead byte's continuation bytes without looking at
+    // them, so malformed UTF-8 from a damaged block would let its XML reader run past
+    // the end of the text. Every malformed sequence becomes U+FFFD instead, and the
+    // text ends at the first zero byte, as it would have anyway.
+    const auto* bytes = static_cast<const uint8*> (data);
+    std::string text;
+    text.reserve (size);
+
+    const auto isContinuation = [&] (size_t index, uint8 low, uint8 high)
+    {
+        return index < size && bytes[index] >= low && bytes[index] <= high;
+    };
+
+    for (size_t i = 0; i < size && bytes[i] != 0;)
+    {
+        const auto lead = bytes[i];
+        size_t length = 0;
+
+        if (lead < 0x80)
+            length = 1;
+        else if (lead >= 0xc2 && lead <= 0xdf)
+            length = isContinuation (i + 1, 0x80, 0xbf) ? 2 : 0;
+        else if (lead >= 0xe0 && lead <= 0xef)
+        {
+            const uint8 low = lead == 0xe0 ? 0xa0 : 0x80;   // no overlong forms
+            const uint8 high = lead == 0xed ? 0x9f : 0xbf;  // no surrogates
+            length = isContinuation (i + 1, low, high) && isContinuation (i + 2, 0x80, 0xbf) ? 3 : 0;
+        }
+        else if (lead >= 0xf0 && lead <= 0xf4)
+        {
+            const uint8 low = lead == 0xf0 ? 0x90 : 0x80;   // no overlong forms
+            const uint8 high = lead == 0xf4 ? 0x8f : 0xbf;  // nothing above U+10FFFF
+            length = isContinuation (i + 1, low, high) && isContinuation (i + 2, 0x80, 0xbf)
+                          && isContinuation (i + 3, 0x80, 0xbf) ? 4 : 0;
+        }
+
+        if (length == 0)
+        {
+            text += "\xef\xbf\xbd";
+            ++i;
+        }
+        else
+        {
+            text.append (reinterpret_cast<const char*> (bytes + i), length);
+            i += length;
+        }
+    }
+
+    return String::fromUTF8 (text.data(), (int) text.size());
 }
 
 bool AudioProcessorVantrel::isSafeToParse (const String& document)
@@ -275,13 +323,45 @@ bool AudioProcessorVantrel::isSafeToParse (const String& document)
     if (document.containsIgnoreCase ("<!DOCTYPE"))
         return false;
 
+    const auto* text = document.toRawUTF8();
     auto markupCharacters = 0;
 
-    for (auto p = document.getCharPointer(); ! p.isEmpty(); ++p)
-        if (*p == '<' && ++markupCharacters > maxMarkupCharacters)
+    for (auto i = 0; text[i] != 0; ++i)
+    {
+        if (text[i] == '<' && ++markupCharacters > maxMarkupCharacters)
             return false;
 
+        if (text[i] == '&' && text[i + 1] == '#' && ! isWellFormedCharacterReference (text + i + 2))
+            return false;
+    }
+
     return true;
+}
+
+bool AudioProcessorVantrel::isWellFormedCharacterReference (const char* afterHash)
+{
+    // The reader steps one character past a hexadecimal reference that does not end
+    // in ';' (at the end of the text, past its end), and turns numbers beyond Unicode
+    // into bytes that are not UTF-8. A reference must be digits, a ';', and a code
+    // point of Unicode; the writer only ever produces those.
+    const auto hex = afterHash[0] == 'x' || afterHash[0] == 'X';
+    const auto* digits = hex ? afterHash + 1 : afterHash;
+    const auto maxDigits = hex ? 6 : 7;
+    uint32 codePoint = 0;
+    auto count = 0;
+
+    for (; count <= maxDigits; ++count)
+    {
+        const auto digit = hex ? CharacterFunctions::getHexDigitValue ((juce_wchar) (uint8) digits[count])
+                               : (digits[count] >= '0' && digits[count] <= '9' ? digits[count] - '0' : -1);
+
+        if (digit < 0)
+            break;
+
+        codePoint = codePoint * (hex ? 16u : 10u) + (uint32) digit;
+    }
+
+    return count > 0 && count <= maxDigits && digits[count] == ';' && codePoint <= 0x10ffff;
 }
 
 void AudioProcessorVantrel::setStateInformation (const void* data, int sizeInBytes)

@@ -51,6 +51,13 @@ public:
         more markup than a settings document could hold (see the definition). */
     static bool isSafeToParse (const String& document);
 
+    /** True if the text after "&#" is a character reference the reader handles safely. */
+    static bool isWellFormedCharacterReference (const char* afterHash);
+
+    /** Decodes size bytes of UTF-8 up to the first zero byte; malformed sequences
+        become U+FFFD, so the result is always well-formed. */
+    static String decodeUtf8 (const void* data, size_t size);
+
     //==============================================================================
     /** Called by the per-sample path before the first sample after a prepare or a
         restore, and every 65,536 samples after that. */

@@ -299,18 +299,56 @@ TEST_F (RejectedBlocks, DocumentsThatWouldDriveTheReaderDeep)
 
     expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\">" + nested + "</settings>"));
 
-    // A lone continuation byte 0xBC decodes leniently to '<', so the count must be
-    // taken on the decoded text, not on the bytes.
-    ASSERT_EQ (juce::String::fromUTF8 ("\xbc" "a>", 3)[0], '<');
+    // Document types declare entities, which the reader expands; settings never have one.
+    expectNothingRestored (wrapDocument ("<!DOCTYPE settings [ <!ENTITY e \"x\"> ]> <settings volume=\"0.1000\" a=\"&e;\"/>"));
+}
+
+TEST_F (RejectedBlocks, MalformedCharacterReferences)
+{
+    // The reader would step past the end of the text after the first of these.
+    expectNothingRestored (wrap ("<settings volume=\"0.1000\" a=\"&#x"));
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\" a=\"&#x41\"/>"));
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\" a=\"&#x123456789;\"/>"));
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\" a=\"&#xFFFFFFFF;\"/>"));
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\" a=\"&#99999999999;\"/>"));
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\" a=\"&#;\"/>"));
+}
+
+TEST (StateRestore, WellFormedCharacterReferencesAreRead)
+{
+    VantrelSampivoAudioProcessor processor;
+    restoreAndCheckFlags (processor, wrapDocument ("<settings a=\"&#x41;&#66;&#x10FFFF;&#1114111;&#10;&amp;&lt;\"/>"));
+    EXPECT_EQ (processor.getStateProperty ("a"),
+               juce::String::fromUTF8 ("AB\xf4\x8f\xbf\xbf\xf4\x8f\xbf\xbf\n&<"));
+}
+
+TEST (StateRestore, MalformedUtf8IsReadAsReplacementCharacters)
+{
+    VantrelSampivoAudioProcessor processor;
+
+    // A lone continuation byte, a lead byte without its continuation, an overlong
+    // '/', an encoded surrogate and a lead byte that UTF-8 never uses.
+    restoreAndCheckFlags (processor, wrapDocument ("<settings volume=\"0.1000\" a=\"x\xbcy\xc3z\xc0\xaf\xed\xa0\x80\xff\"/>"));
+    EXPECT_FLOAT_EQ (processor.getParameters()[0]->getValue(), 0.1f);
+
+    const auto replacement = juce::String::fromUTF8 ("\xef\xbf\xbd");
+    EXPECT_EQ (processor.getStateProperty ("a"), "x" + replacement + "y" + replacement + "z"
+                                                  + replacement + replacement + replacement + replacement
+                                                  + replacement + replacement);
+    EXPECT_TRUE (juce::CharPointer_UTF8::isValidString (processor.getStateProperty ("a").toRawUTF8(), -1));
+
+    // JUCE's own decoding would read 0xBC as '<': here it can't open elements.
     std::string disguised;
 
     for (auto i = 0; i < 200000; ++i)
         disguised += "\xbc" "a>";
 
-    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\">" + disguised + "</settings>"));
+    restoreAndCheckFlags (processor, wrapDocument ("<settings volume=\"0.2000\">" + disguised + "</settings>"));
+    EXPECT_FLOAT_EQ (processor.getParameters()[0]->getValue(), 0.2f);
 
-    // Document types declare entities, which the reader expands; settings never have one.
-    expectNothingRestored (wrapDocument ("<!DOCTYPE settings [ <!ENTITY e \"x\"> ]> <settings volume=\"0.1000\" a=\"&e;\"/>"));
+    // Text ends at the first zero byte, wherever the length word says it ends.
+    restoreAndCheckFlags (processor, wrap (std::string ("<settings volume=\"0.3000\"/>") + '\0' + "<junk"));
+    EXPECT_FLOAT_EQ (processor.getParameters()[0]->getValue(), 0.3f);
 }
 
 TEST (StateRestore, ChildElementsAndCommentsDoNotStopARestore)
