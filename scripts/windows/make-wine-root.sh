@@ -18,22 +18,39 @@ fi
 
 apt_install debootstrap
 mirror="$(debian_mirror)"
+log="$win_cache/wine-root.log"
+mkdir -p "$win_cache"
+: > "$log"
+
+# Keeps the long package logs out of the build output, and shows them on failure.
+logged() {
+    if ! "$@" >>"$log" 2>&1; then
+        tail -n 30 "$log" >&2
+        echo "make-wine-root: failed: $* (log: $log)" >&2
+        exit 1
+    fi
+}
 
 step_start "debootstrap i386 $win_suite"
-if [ ! -x "$wine_root/usr/bin/apt-get" ]; then
+if [ ! -f "$wine_root/.sampivo-debootstrap" ]; then
+    # A root left by an interrupted run is made again from nothing.
+    if mountpoint -q "$wine_root/proc" 2>/dev/null; then
+        as_root umount "$wine_root/proc"
+    fi
     as_root rm -rf "$wine_root"
     as_root mkdir -p "$wine_root"
-    as_root debootstrap --arch=i386 --variant=minbase "$win_suite" "$wine_root" "$mirror"
+    logged as_root debootstrap --arch=i386 --variant=minbase "$win_suite" "$wine_root" "$mirror"
+    as_root touch "$wine_root/.sampivo-debootstrap"
 fi
 step_end
 
 step_start "Wine and Xvfb inside the root"
 as_root mount -t proc proc "$wine_root/proc"
 trap 'as_root umount "$wine_root/proc" || true' EXIT
-as_root chroot "$wine_root" env DEBIAN_FRONTEND=noninteractive apt-get update -qq
-as_root chroot "$wine_root" env DEBIAN_FRONTEND=noninteractive \
+logged as_root chroot "$wine_root" env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+logged as_root chroot "$wine_root" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -y -qq --no-install-recommends wine wine32 xvfb xauth
-as_root chroot "$wine_root" apt-get clean
+logged as_root chroot "$wine_root" apt-get clean
 step_end
 
 as_root touch "$stamp"
