@@ -422,6 +422,7 @@ void SmokeRun::roundTripState()
     if (! log.check (! xml.empty(), "getState returned a binary XML block (" + std::to_string (saved.size()) + " bytes)"))
         return;
 
+    log.note ("saved: " + xml);
     log.check (xml.find ("<settings") != std::string::npos, "saved state is a settings document");
     log.check (xml.find (xmlEscaped (options.wavPath + "\n" + options.flacPath)) != std::string::npos,
                "saved state keeps the two file paths");
