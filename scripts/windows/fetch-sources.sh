@@ -35,7 +35,7 @@ mapfile -t pins < <(awk '$1 == "source" { print $2 "=" $3 }' "$lock")
 downloads="$dest/downloads"
 mkdir -p "$downloads"
 
-# Only fetch when a pinned .dsc is missing: a warm cache needs no network.
+# Only fetch when a pinned file is missing: a warm cache needs no network.
 need_fetch=0
 for pin in "${pins[@]}"; do
     name="${pin%%=*}"
@@ -43,6 +43,9 @@ for pin in "${pins[@]}"; do
     version="${version#*:}"   # the epoch is not part of file names
     [ -f "$downloads/${name}_${version}.dsc" ] || need_fetch=1
 done
+while read -r file; do
+    [ -f "$downloads/$file" ] || need_fetch=1
+done < <(awk '$1 == "sha256" { print $3 }' "$lock")
 
 if [ "$need_fetch" -eq 1 ]; then
     apt-get "${apt_opts[@]}" -qq update
