@@ -18,7 +18,11 @@ void CheckLog::note (const std::string& what) const
 
 int CheckLog::summarise() const
 {
-    std::printf ("vst3-smoke: %d passed, %d failed\n", passes, failures);
+    if (failures == 0)
+        std::printf ("vst3-smoke: all %d checks passed\n", passes);
+    else
+        std::printf ("vst3-smoke: %d of %d checks FAILED\n", failures, passes + failures);
+
     std::fflush (stdout);
     return failures == 0 ? 0 : 1;
 }
