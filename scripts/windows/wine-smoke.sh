@@ -68,7 +68,11 @@ in_root() {
 
 step_start "Wine prefix"
 # Made once and kept in the root; later runs only check it.
-in_root timeout 300 xvfb-run -a wineboot --init >/dev/null 2>&1
+if ! in_root timeout 300 xvfb-run -a wineboot --init >"$build_dir/smoke/wineboot.log" 2>&1; then
+    tail -n 20 "$build_dir/smoke/wineboot.log" >&2
+    echo "wine-smoke: making the Wine prefix failed" >&2
+    exit 1
+fi
 in_root wineserver -w
 step_end
 
