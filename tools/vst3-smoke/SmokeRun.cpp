@@ -335,8 +335,17 @@ bool SmokeRun::restoreSampleState()
 
 void SmokeRun::renderNotes()
 {
+    // The output may be mono or stereo and nothing else; the test ends on stereo.
+    Vst::SpeakerArrangement surround = Vst::SpeakerArr::k51;
+    log.check (processor->setBusArrangements (nullptr, 0, &surround, 1) != kResultTrue, "5.1 output arrangement refused");
+    Vst::SpeakerArrangement mono = Vst::SpeakerArr::kMono;
+    log.check (processor->setBusArrangements (nullptr, 0, &mono, 1) == kResultTrue, "mono output arrangement accepted");
     Vst::SpeakerArrangement stereo = Vst::SpeakerArr::kStereo;
     log.check (processor->setBusArrangements (nullptr, 0, &stereo, 1) == kResultTrue, "stereo output arrangement accepted");
+
+    Vst::SpeakerArrangement current = 0;
+    processor->getBusArrangement (Vst::kOutput, 0, current);
+    log.check (current == Vst::SpeakerArr::kStereo, "output arrangement is stereo again");
     component->activateBus (Vst::kAudio, Vst::kOutput, 0, true);
     component->activateBus (Vst::kEvent, Vst::kInput, 0, true);
 
