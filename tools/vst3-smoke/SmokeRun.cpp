@@ -375,8 +375,11 @@ void SmokeRun::renderNotes()
 
     // Key 60 and key 61 play different files of the two-file set: the files
     // alternate across neighbouring keys. Each note is held for 20 blocks.
-    struct Phase { int16 key; const char* file; };
-    const Phase phases[] = { { 60, "first file" }, { 61, "second file" } };
+    // Expected pitches: the first file (440 Hz) has its root on key 60; the second
+    // (660 Hz) has its root lowered by one to key 59, so key 61 plays it two
+    // semitones up. Both files and the host run at 44.1 kHz.
+    struct Phase { int16 key; const char* file; double expectedHz; };
+    const Phase phases[] = { { 60, "first file", 440.0 }, { 61, "second file", 660.0 * std::pow (2.0, 2.0 / 12.0) } };
     constexpr int blocksPerNote = 20;
     bool allFinite = true;
 
@@ -384,6 +387,12 @@ void SmokeRun::renderNotes()
     {
         double sumOfSquares = 0.0;
         float peak = 0.0f;
+
+        // Upward zero crossings of the left channel, at sub-sample positions; the
+        // pitch is the number of periods between the first and the last crossing.
+        float previous = 0.0f;
+        double firstCrossing = -1.0, lastCrossing = -1.0;
+        int crossings = 0;
 
         for (int blockIndex = 0; blockIndex < blocksPerNote; ++blockIndex)
         {
@@ -405,6 +414,19 @@ void SmokeRun::renderNotes()
 
             for (int i = 0; i < blockSize; ++i)
             {
+                const auto current = left[static_cast<size_t> (i)];
+
+                if (previous < 0.0f && current >= 0.0f)
+                {
+                    const auto position = blockIndex * blockSize + i - 1 + previous / (previous - current);
+                    lastCrossing = position;
+
+                    if (crossings++ == 0)
+                        firstCrossing = position;
+                }
+
+                previous = current;
+
                 for (const auto sample : { left[static_cast<size_t> (i)], right[static_cast<size_t> (i)] })
                 {
                     allFinite = allFinite && std::isfinite (sample);
@@ -418,6 +440,12 @@ void SmokeRun::renderNotes()
         char figures[96];
         std::snprintf (figures, sizeof (figures), "peak %.4f, rms %.5f", static_cast<double> (peak), rms);
         log.check (peak > 1.0e-3f, std::string ("key ") + std::to_string (phase.key) + " (" + phase.file + ") renders audio: " + figures);
+
+        const auto measuredHz = crossings > 1 ? (crossings - 1) * sampleRate / (lastCrossing - firstCrossing) : 0.0;
+        char pitch[96];
+        std::snprintf (pitch, sizeof (pitch), "%.1f Hz, expected %.1f Hz", measuredHz, phase.expectedHz);
+        log.check (std::abs (measuredHz / phase.expectedHz - 1.0) < 0.01,
+                   std::string ("key ") + std::to_string (phase.key) + " pitch " + pitch);
     }
 
     log.check (allFinite, "all rendered samples finite");
