@@ -414,18 +414,19 @@ void SmokeRun::renderNotes()
 
             for (int i = 0; i < blockSize; ++i)
             {
-                const auto current = left[static_cast<size_t> (i)];
+                const auto leftSample = left[static_cast<size_t> (i)];
 
-                if (previous < 0.0f && current >= 0.0f)
+                if (previous < 0.0f && leftSample >= 0.0f)
                 {
-                    const auto position = blockIndex * blockSize + i - 1 + previous / (previous - current);
+                    const auto position = static_cast<double> (blockIndex * blockSize + i - 1)
+                                          + static_cast<double> (previous / (previous - leftSample));
                     lastCrossing = position;
 
                     if (crossings++ == 0)
                         firstCrossing = position;
                 }
 
-                previous = current;
+                previous = leftSample;
 
                 for (const auto sample : { left[static_cast<size_t> (i)], right[static_cast<size_t> (i)] })
                 {
