@@ -323,6 +323,26 @@ bool AudioProcessorVantrel::isSafeToParse (const String& document)
     if (document.containsIgnoreCase ("<!DOCTYPE"))
         return false;
 
+    // A processing instruction followed by text inside an element sends the reader
+    // round in an endless loop: it skips the instruction, finds text, steps back to
+    // before the instruction and starts again. Only the declaration that opens the
+    // document may use "<?".
+    const auto start = document.length() - document.trimStart().length();
+    auto afterDeclaration = start;
+
+    if (document.substring (start, start + 2) == "<?")
+    {
+        const auto declarationEnd = document.indexOf (start, "?>");
+
+        if (declarationEnd < 0)
+            return false;
+
+        afterDeclaration = declarationEnd + 2;
+    }
+
+    if (document.indexOf (afterDeclaration, "<?") >= 0)
+        return false;
+
     const auto* text = document.toRawUTF8();
     auto markupCharacters = 0;
 

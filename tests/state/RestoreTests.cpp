@@ -303,6 +303,25 @@ TEST_F (RejectedBlocks, DocumentsThatWouldDriveTheReaderDeep)
     expectNothingRestored (wrapDocument ("<!DOCTYPE settings [ <!ENTITY e \"x\"> ]> <settings volume=\"0.1000\" a=\"&e;\"/>"));
 }
 
+TEST_F (RejectedBlocks, ProcessingInstructionsAfterTheDeclaration)
+{
+    // The first of these once kept the XML reader looping for ever.
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\"><?pi?>text</settings>"));
+    expectNothingRestored (wrapDocument ("<settings volume=\"0.1000\"> <?pi x?> </settings>"));
+    expectNothingRestored (wrapDocument ("<?pi?><settings volume=\"0.1000\"/>"));
+    expectNothingRestored (wrap ("  <?xml version=\"1.0\""));
+}
+
+TEST (StateRestore, TheDeclarationMayBeMissingOrPrecededBySpace)
+{
+    VantrelSampivoAudioProcessor processor;
+    restoreAndCheckFlags (processor, wrap ("<settings volume=\"0.3000\"/>"));
+    EXPECT_FLOAT_EQ (processor.getParameters()[0]->getValue(), 0.3f);
+
+    restoreAndCheckFlags (processor, wrap ("\n  <?xml version=\"1.0\"?>\n<settings volume=\"0.4000\"/>"));
+    EXPECT_FLOAT_EQ (processor.getParameters()[0]->getValue(), 0.4f);
+}
+
 TEST_F (RejectedBlocks, MalformedCharacterReferences)
 {
     // The reader would step past the end of the text after the first of these.
