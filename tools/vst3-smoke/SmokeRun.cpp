@@ -381,6 +381,7 @@ void SmokeRun::renderNotes()
     struct Phase { int16 key; const char* file; double expectedHz; };
     const Phase phases[] = { { 60, "first file", 440.0 }, { 61, "second file", 660.0 * std::pow (2.0, 2.0 / 12.0) } };
     constexpr int blocksPerNote = 20;
+    constexpr int releaseBlocks = 60;
     bool allFinite = true;
 
     for (const auto& phase : phases)
@@ -447,6 +448,14 @@ void SmokeRun::renderNotes()
         std::snprintf (pitch, sizeof (pitch), "%.1f Hz, expected %.1f Hz", measuredHz, phase.expectedHz);
         log.check (std::abs (measuredHz / phase.expectedHz - 1.0) < 0.01,
                    std::string ("key ") + std::to_string (phase.key) + " pitch " + pitch);
+
+        // Let the released note ring out, so that it does not blend into the next
+        // note's measurement.
+        events->clear();
+
+        for (int blockIndex = 0; blockIndex < releaseBlocks; ++blockIndex)
+            if (processor->process (data) != kResultOk)
+                break;
     }
 
     log.check (allFinite, "all rendered samples finite");
