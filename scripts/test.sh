@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The test command: installs the dependencies, builds everything and runs every test
-# through CTest. Editor tests need a display, so the run happens inside Xvfb.
+# through CTest. Editor tests need a display, so the run happens inside Xvfb. Where the
+# Windows cross compiler is installed, the Windows build and its DLL check run too.
 set -euo pipefail
 
 root="$(cd "$(dirname "$0")/.." && pwd)"
@@ -9,6 +10,12 @@ build_dir="${SAMPIVO_BUILD_DIR:-$root/build}"
 "$root/scripts/install-deps.sh"
 "$root/scripts/build.sh" "$build_dir"
 
-cd "$build_dir"
-xvfb-run -a -s "-screen 0 1280x1024x24" \
-    ctest --output-on-failure --timeout 600 --parallel "$(nproc 2>/dev/null || echo 2)"
+(
+    cd "$build_dir"
+    xvfb-run -a -s "-screen 0 1280x1024x24" \
+        ctest --output-on-failure --timeout 600 --parallel "$(nproc 2>/dev/null || echo 2)"
+)
+
+if command -v i686-w64-mingw32-g++-posix >/dev/null 2>&1; then
+    "$root/scripts/windows/ci-check.sh"
+fi
