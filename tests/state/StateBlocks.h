@@ -67,6 +67,25 @@ inline std::vector<std::pair<juce::String, juce::String>> attributesOf (const By
     return attributes;
 }
 
+/** Two saves hold the same attributes in the same order with the same values, the
+    save time aside. */
+inline void expectSameAttributesApartFromDate (const Bytes& firstBlock, const Bytes& secondBlock)
+{
+    const auto first = attributesOf (firstBlock);
+    const auto second = attributesOf (secondBlock);
+    ASSERT_EQ (first.size(), second.size());
+
+    for (size_t i = 0; i < first.size(); ++i)
+    {
+        EXPECT_EQ (first[i].first, second[i].first);
+
+        if (first[i].first != "date_modified")
+        {
+            EXPECT_EQ (first[i].second, second[i].second) << first[i].first;
+        }
+    }
+}
+
 /** Sets the three restore flags to the opposite of what a restore leaves, restores,
     and checks that the restore set all three. */
 inline void restoreAndCheckFlags (juce::AudioProcessorVantrel& processor, const void* data, int size)
