@@ -37,11 +37,6 @@ constexpr int captionRaise = 8;
 
 const juce::Rectangle<int> millisecondsToggleBounds (214, 190, 32, 32);
 const juce::Rectangle<int> millisecondsCaptionBounds (236, 198, 115, 16);
-
-float valueOf (const juce::AudioProcessorParameter& parameter)
-{
-    return parameter.getValue();
-}
 } // namespace
 
 SampivoEditor::SampivoEditor (VantrelSampivoAudioProcessor& p)
@@ -161,9 +156,10 @@ void SampivoEditor::timerCallback()
 {
     for (auto& knob : knobs)
         if (auto* parameter = knob.getParameter())
-            knob.setValue ((double) valueOf (*parameter), juce::dontSendNotification);
+            knob.setValue ((double) VantrelSampivoAudioProcessor::normalisedValue (*parameter), juce::dontSendNotification);
 
-    millisecondsToggle.setToggleState (valueOf (*processor.millisecondsParam) >= 0.5f, juce::dontSendNotification);
+    const auto milliseconds = VantrelSampivoAudioProcessor::normalisedValue (*processor.millisecondsParam);
+    millisecondsToggle.setToggleState (milliseconds >= 0.5f, juce::dontSendNotification);
 
     processor.updateSoundParameters();
     repaint();

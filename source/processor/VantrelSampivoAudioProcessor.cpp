@@ -20,11 +20,6 @@ juce::AudioParameterFloatVantrel* addFloat (juce::AudioProcessor& processor, con
     processor.addParameter (parameter);
     return parameter;
 }
-// The raw normalised value, through the public interface that every parameter shares.
-float valueOf (const juce::AudioProcessorParameter& parameter)
-{
-    return parameter.getValue();
-}
 } // namespace
 
 //==============================================================================
@@ -180,22 +175,27 @@ std::pair<float, float> VantrelSampivoAudioProcessor::processStereoSample (float
 }
 
 //==============================================================================
+float VantrelSampivoAudioProcessor::normalisedValue (const juce::AudioProcessorParameter& parameter)
+{
+    return parameter.getValue();
+}
+
 void VantrelSampivoAudioProcessor::updateSoundParameters()
 {
-    const auto volume = valueOf (*volumeParam);
-    const auto pan = valueOf (*panParam);
-    const auto attackValue = valueOf (*attackParam);
-    const auto decayValue = valueOf (*decayParam);
-    const auto sustainValue = valueOf (*sustainParam);
-    const auto releaseValue = valueOf (*releaseParam);
-    const auto curveValue = valueOf (*curveParam);
-    const auto randomPitch = valueOf (*randomPitchParam);
-    const auto randomOther = valueOf (*randomOtherParam);
-    const auto velToVolume = valueOf (*velToVolumeParam);
-    const auto velToOffset = valueOf (*velToOffsetParam);
-    const auto velToProbability = valueOf (*velToProbabilityParam);
-    const auto probability = valueOf (*probabilityParam);
-    const auto milliseconds = valueOf (*millisecondsParam);
+    const auto volume = normalisedValue (*volumeParam);
+    const auto pan = normalisedValue (*panParam);
+    const auto attackValue = normalisedValue (*attackParam);
+    const auto decayValue = normalisedValue (*decayParam);
+    const auto sustainValue = normalisedValue (*sustainParam);
+    const auto releaseValue = normalisedValue (*releaseParam);
+    const auto curveValue = normalisedValue (*curveParam);
+    const auto randomPitch = normalisedValue (*randomPitchParam);
+    const auto randomOther = normalisedValue (*randomOtherParam);
+    const auto velToVolume = normalisedValue (*velToVolumeParam);
+    const auto velToOffset = normalisedValue (*velToOffsetParam);
+    const auto velToProbability = normalisedValue (*velToProbabilityParam);
+    const auto probability = normalisedValue (*probabilityParam);
+    const auto milliseconds = normalisedValue (*millisecondsParam);
 
     // One variation per push, shared by decay and release and by every sound.
     const auto factor = 2.0f * juce::Random().nextFloat() * randomOther + 1.0f;

@@ -68,6 +68,10 @@ public:
     juce::String getSampleLoadStatus() const;
     void setSampleLoadStatus (const juce::String& status);
 
+    /** A parameter's raw 0..1 value, through the public interface every parameter shares
+        (juce::AudioParameterFloat and juce::AudioParameterBool hide getValue). */
+    static float normalisedValue (const juce::AudioProcessorParameter& parameter);
+
     /** The keys and root note of file index of count in the keyboard layout. */
     static juce::BigInteger notesForSample (int index, int count);
     static int rootNoteForSample (int index, int count);
