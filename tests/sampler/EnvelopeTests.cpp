@@ -49,53 +49,10 @@ float stepTimes (Envelope& envelope, int steps)
 } // namespace
 
 //==============================================================================
-TEST (EnvelopeRates, EachCurveHasItsOwnDecayAndReleaseLaw)
-{
-    constexpr double sr = 1000.0;
-    const auto attack = 0.1f, decay = 0.1f, release = 0.5f;
-
-    for (auto curve = 0; curve <= 9; ++curve)
-    {
-        Envelope envelope;
-        configure (envelope, curve, sr, attack, decay, 0.5f, release);
-
-        EXPECT_NEAR (envelope.attackRate, 3.0 / (cube (attack) * sr), 1.0e-6) << curve;
-
-        double expectedDecay, expectedRelease;
-
-        if (curve == 0)
-        {
-            expectedDecay = 1.0 - 1.0 / (decay * sr);
-            expectedRelease = 1.0 - 1.0 / (release * sr);
-        }
-        else if (curve == 1)
-        {
-            expectedDecay = 0.004 / (cube (decay + 0.1) * sr);
-            expectedRelease = 0.004 / (cube (release + 0.1) * sr);
-        }
-        else
-        {
-            expectedDecay = 0.04 / (cube (decay + 0.1) * sr) * 0.3;
-            expectedRelease = 0.04 / (cube (release + 0.1) * sr) * 0.3;
-        }
-
-        EXPECT_NEAR (envelope.decayRate, expectedDecay, 1.0e-7 * std::max (1.0, expectedDecay)) << curve;
-        EXPECT_NEAR (envelope.releaseRate, expectedRelease, 1.0e-9 + 1.0e-6 * expectedRelease) << curve;
-    }
-}
-
 TEST (EnvelopeRates, ZeroTimesSkipTheirStages)
 {
-    Envelope log;
-    configure (log, 0, 48000.0, 0.0f, 0.0f, 0.5f, 0.0f);
-    EXPECT_EQ (log.attackRate, -1.0f);
-    EXPECT_EQ (log.decayRate, -1.0f);
-    EXPECT_EQ (log.releaseRate, -1.0f);
-
     Envelope atan;
     configure (atan, 2, 48000.0, 0.0f, 0.0f, 0.5f, 0.0f);
-    EXPECT_FLOAT_EQ (atan.decayRate, -0.3f);
-    EXPECT_FLOAT_EQ (atan.releaseRate, -0.3f);
 
     // No attack and no decay: straight to the sustain level on the first step.
     atan.envelopeValue = 0.9f;
@@ -121,40 +78,31 @@ TEST (EnvelopeRates, ZeroTimesSkipTheirStages)
     EXPECT_EQ (moving.envelopeValue, 0.0f);
 }
 
-TEST (EnvelopeStages, AttackAtItsFloorCompletesInOneSample)
+TEST (EnvelopeStages, FloorAttackSustainAtOneAndRetrigger)
 {
+    // An attack at its floor completes in one sample at any rate; with sustain 1, the
+    // first "Log" decay step (with or without that attack) is the one that ends it.
     for (const auto rate : { 44100.0, 48000.0, 192000.0 })
     {
-        Envelope envelope;
-        configure (envelope, 0, rate, 0.001f, 0.2f, 0.3f, 0.1f);
-        envelope.trigger();
-        EXPECT_EQ (envelope.state, Envelope::attackState);
-        EXPECT_EQ (envelope.nextGain(), 1.0f);
-        EXPECT_EQ (envelope.state, Envelope::decayState);
+        for (const auto attack : { 0.001f, 0.0f })
+        {
+            Envelope envelope;
+            configure (envelope, 0, rate, attack, 0.4f, 1.0f, 0.1f);
+            envelope.trigger();
+
+            if (attack > 0.0f)
+            {
+                EXPECT_EQ (envelope.state, Envelope::attackState);
+                EXPECT_EQ (envelope.nextGain(), 1.0f);
+            }
+
+            EXPECT_EQ (envelope.state, Envelope::decayState);
+            EXPECT_EQ (envelope.nextGain(), 1.0f);
+            EXPECT_EQ (envelope.state, Envelope::sustainState) << rate << " " << attack;
+        }
     }
-}
 
-TEST (EnvelopeStages, SustainAtOneEndsLogDecayOnItsFirstStep)
-{
-    Envelope envelope;
-    configure (envelope, 0, 48000.0, 0.0f, 0.4f, 1.0f, 0.1f);
-    envelope.trigger();
-    EXPECT_EQ (envelope.state, Envelope::decayState);
-    EXPECT_EQ (envelope.nextGain(), 1.0f);
-    EXPECT_EQ (envelope.state, Envelope::sustainState);
-
-    // After a one-sample attack, the first decay step is the one that ends it.
-    Envelope withAttack;
-    configure (withAttack, 0, 48000.0, 0.001f, 0.4f, 1.0f, 0.1f);
-    withAttack.trigger();
-    withAttack.nextGain();
-    EXPECT_EQ (withAttack.state, Envelope::decayState);
-    EXPECT_EQ (withAttack.nextGain(), 1.0f);
-    EXPECT_EQ (withAttack.state, Envelope::sustainState);
-}
-
-TEST (EnvelopeStages, RetriggerRisesFromTheCurrentValue)
-{
+    // A retrigger rises from the current value: 3 / attack^3 per second.
     Envelope envelope;
     configure (envelope, 0, 1000.0, 0.5f, 0.2f, 0.3f, 0.1f);
     envelope.envelopeValue = 0.6f;
@@ -163,60 +111,77 @@ TEST (EnvelopeStages, RetriggerRisesFromTheCurrentValue)
 }
 
 //==============================================================================
-TEST (EnvelopeShapes, LogDecaysByAConstantFactor)
+struct ShapeCase
 {
-    constexpr double sr = 1000.0, decay = 0.01;
-    const auto factor = 1.0 - 1.0 / (decay * sr);
+    int curve;
+    bool release;   // the release stage from full level, otherwise the decay to sustain 0
+    double time;
+};
+
+class EnvelopeShapes : public testing::TestWithParam<ShapeCase> {};
+
+TEST_P (EnvelopeShapes, ValuesAtKnownSteps)
+{
+    const auto c = GetParam();
+    constexpr double sr = 1000.0;
+    const auto t = (float) c.time;
+
     Envelope envelope;
-    configure (envelope, 0, sr, 0.0f, (float) decay, 0.0f, 0.1f);
+    configure (envelope, c.curve, sr, 0.0f, c.release ? 0.05f : t, 0.0f, c.release ? t : 0.05f);
     envelope.trigger();
 
-    EXPECT_NEAR (stepTimes (envelope, 1), factor, 1.0e-6);
-    EXPECT_NEAR (stepTimes (envelope, 4), std::pow (factor, 5), 1.0e-6);
-    EXPECT_NEAR (stepTimes (envelope, 5), std::pow (factor, 10), 1.0e-6);
-    EXPECT_NEAR (stepTimes (envelope, 20), std::pow (factor, 30), 1.0e-6);
-    EXPECT_EQ (envelope.state, Envelope::decayState);
+    if (c.release)
+    {
+        envelope.beginRelease();
+        ASSERT_EQ (envelope.state, Envelope::releaseState);
+    }
+
+    // "Log" multiplies by a constant factor each step; "1/x" and "Atan" step the value
+    // linearly and shape the output.
+    auto steps = 0;
+
+    for (const auto at : { 1, 5, 50, 200, 400, 600 })
+    {
+        const auto gain = stepTimes (envelope, at - steps);
+        steps = at;
+
+        double expected;
+
+        if (c.curve == 0)
+            expected = std::pow (1.0 - 1.0 / (c.time * sr), at);
+        else if (c.curve == 1)
+            expected = inverseShape (std::max (0.0, 1.0 - 0.004 / (cube (c.time + 0.1) * sr) * at));
+        else
+            expected = atanShape (std::max (0.0, 1.0 - 0.04 / (cube (c.time + 0.1) * sr) * 0.3 * at));
+
+        EXPECT_NEAR (gain, expected, 2.0e-4) << "step " << at;
+    }
 }
 
-TEST (EnvelopeShapes, InverseAndAtanStepLinearlyAndShapeTheOutput)
+INSTANTIATE_TEST_SUITE_P (Envelope, EnvelopeShapes,
+                          testing::Values (ShapeCase { 0, false, 0.1 }, ShapeCase { 0, true, 0.1 },
+                                           ShapeCase { 1, false, 0.1 }, ShapeCase { 1, true, 0.2 },
+                                           ShapeCase { 2, false, 0.1 }, ShapeCase { 2, true, 0.2 }));
+
+TEST (EnvelopeShapeEnds, LinearCurvesReachZeroAndInverseTopsAtPointNinetyNine)
 {
-    constexpr double sr = 1000.0, decay = 0.1;
-
-    struct Shape { int curve; double step; double (*shape) (double); };
-    const Shape shapes[] = { { 1, 0.004 / (cube (decay + 0.1) * sr), inverseShape },
-                             { 2, 0.04 / (cube (decay + 0.1) * sr) * 0.3, atanShape } };
-
-    for (const auto& s : shapes)
+    for (const auto curve : { 1, 2 })
     {
         Envelope envelope;
-        configure (envelope, s.curve, sr, 0.0f, (float) decay, 0.0f, 0.1f);
+        configure (envelope, curve, 1000.0, 0.0f, 0.1f, 0.0f, 0.1f);
         envelope.trigger();
-
-        auto steps = 0;
-
-        for (const auto at : { 1, 50, 200, 400, 600 })
-        {
-            const auto gain = stepTimes (envelope, at - steps);
-            steps = at;
-            const auto value = std::max (0.0, 1.0 - s.step * at);
-            EXPECT_NEAR (gain, s.shape (value), 2.0e-4) << "curve " << s.curve << " step " << at;
-        }
-
-        // Both shapes fall to exactly 0 once the value reaches a sustain level of 0.
         stepTimes (envelope, 2000);
         EXPECT_EQ (envelope.state, Envelope::sustainState);
         EXPECT_EQ (envelope.nextGain(), 0.0f);
     }
 
-    // At full level "1/x" gives 0.99 and "Atan" 1.
-    EXPECT_NEAR (inverseShape (1.0), 0.99, 1.0e-12);
     Envelope full;
-    configure (full, 1, sr, 0.0f, 0.1f, 1.0f, 0.1f);
+    configure (full, 1, 1000.0, 0.0f, 0.1f, 1.0f, 0.1f);
     full.trigger();
     EXPECT_NEAR (full.nextGain(), 0.99f, 1.0e-6);
 }
 
-TEST (EnvelopeShapes, CurvesThreeToNineFreezeTheValue)
+TEST (EnvelopeEnds, CurvesThreeToNineFreezeTheValue)
 {
     for (auto curve = 3; curve <= 9; ++curve)
     {
@@ -234,7 +199,7 @@ TEST (EnvelopeShapes, CurvesThreeToNineFreezeTheValue)
     }
 }
 
-TEST (EnvelopeShapes, ReleaseReachesSilence)
+TEST (EnvelopeEnds, ReleaseReachesSilence)
 {
     // The audio thread runs with denormals flushed; the "Log" release only ends when
     // its value underflows to 0.
@@ -298,10 +263,7 @@ TEST (VoiceEnvelope, RenderedCurvesStartAtTheirFullLevelShape)
     for (const auto c : { Case { 0.0f, 1.0 }, Case { 1.0f / 9.0f, 0.99 }, Case { 2.0f / 9.0f, 1.0 },
                           Case { 0.5f, 0.0 }, Case { 1.0f, 0.0 } })
     {
-        SamplerRig rig (rate);
-        rig.makeDeterministic();
-        rig.set ("curve", c.curveValue);
-        rig.load ({ path });
+        SamplerRig rig ({ path }, { { "curve", c.curveValue } }, rate);
 
         const auto out = rig.render (1024, { SamplerRig::noteOn (0, 60) });
         EXPECT_NEAR (out.getSample (0, 0), c.firstSample * fullScale(), 1.0e-5) << c.curveValue;
@@ -320,11 +282,8 @@ TEST (VoiceEnvelope, ReleasedVoiceIsFreedOnlyAtTheSampleEnd)
 
     for (const auto curveValue : { 0.0f, 2.0f / 9.0f })
     {
-        SamplerRig rig (rate);
-        rig.makeDeterministic();
-        rig.set ("curve", curveValue);
-        rig.set ("release", 0.0f); // 1 ms, the floor
-        rig.load ({ writeDc (folder, length) });
+        // Release 0 is 1 ms, the floor.
+        SamplerRig rig ({ writeDc (folder, length) }, { { "curve", curveValue }, { "release", 0.0f } }, rate);
 
         const auto out = rig.render (length, { SamplerRig::noteOn (0, 60), SamplerRig::noteOff (1000, 60) });
         EXPECT_NEAR (out.getSample (0, 999), fullScale(), 1.0e-5);
@@ -345,9 +304,7 @@ TEST (VoiceEnvelope, ReleasedVoiceIsFreedOnlyAtTheSampleEnd)
 TEST (VoiceEnvelope, NoteOffWithoutTailFreesAtOnce)
 {
     AudioFixtures::TempFolder folder;
-    SamplerRig rig (rate);
-    rig.makeDeterministic();
-    rig.load ({ writeDc (folder, 4800) });
+    SamplerRig rig ({ writeDc (folder, 4800) }, SamplerRig::Settings {}, rate);
 
     rig.render (256, { SamplerRig::noteOn (0, 60) });
     ASSERT_EQ (rig.activeVoices().size(), 1u);

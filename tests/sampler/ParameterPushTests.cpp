@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <set>
+#include <tuple>
 
 namespace
 {
@@ -32,51 +33,53 @@ struct TwoSounds
 };
 } // namespace
 
+using Field = std::atomic<float> juce::SamplerSoundLog::*;
+struct Expected { const char* name; Field field; double value; };
+
+void expectFields (const juce::SamplerSoundLog& sound, std::initializer_list<Expected> expected)
+{
+    for (const auto& e : expected)
+        EXPECT_NEAR ((sound.*(e.field)).load (relaxed), e.value, 1.0e-5 * std::max (1.0, std::abs (e.value))) << e.name;
+}
+
 TEST (ParameterPush, EverySoundReceivesTheCurrentValues)
 {
     TwoSounds fixture;
     auto& rig = fixture.rig;
     rig.makeDeterministic();
-    rig.set ("volume", 0.7f);
-    rig.set ("pan", 0.2f);
-    rig.set ("attack", 0.35f);
-    rig.set ("decay", 0.6f);
-    rig.set ("sustain", 0.3f);
-    rig.set ("release", 0.9f);
-    rig.set ("rndpitch", 0.15f);
-    rig.set ("vel2vol", 0.25f);
-    rig.set ("vel2offs", 0.45f);
-    rig.set ("vel2prob", 0.55f);
-    rig.set ("probabl", 0.65f);
-    rig.set ("msec", 1.0f);
+
+    for (const auto& [id, value] : SamplerRig::Settings { { "volume", 0.7f }, { "pan", 0.2f }, { "attack", 0.35f },
+                                                           { "decay", 0.6f }, { "sustain", 0.3f }, { "release", 0.9f },
+                                                           { "rndpitch", 0.15f }, { "vel2vol", 0.25f }, { "vel2offs", 0.45f },
+                                                           { "vel2prob", 0.55f }, { "probabl", 0.65f }, { "msec", 1.0f } })
+        rig.set (id, value);
+
     rig.processor.updateSoundParameters();
 
+    // Decay and release are squared, pan maps 0..1 onto -1..1.
     for (const auto* sound : rig.sounds())
     {
-        EXPECT_NEAR (sound->gain.load (relaxed), SamplerRig::expectedLevel (0.7, 1.0), 1.0e-5);
-        EXPECT_NEAR (sound->pan.load (relaxed), -0.6f, 1.0e-6);
-        EXPECT_FLOAT_EQ (sound->attack.load (relaxed), 0.35f);
-        EXPECT_NEAR (sound->decay.load (relaxed), 0.36f, 1.0e-6);
-        EXPECT_FLOAT_EQ (sound->sustain.load (relaxed), 0.3f);
-        EXPECT_NEAR (sound->release.load (relaxed), 0.81f, 1.0e-6);
-        EXPECT_FLOAT_EQ (sound->randomPitch.load (relaxed), 0.15f);
-        EXPECT_FLOAT_EQ (sound->randomOther.load (relaxed), 0.0f);
-        EXPECT_FLOAT_EQ (sound->velToVolume.load (relaxed), 0.25f);
-        EXPECT_FLOAT_EQ (sound->velToOffset.load (relaxed), 0.45f);
-        EXPECT_FLOAT_EQ (sound->velToProbability.load (relaxed), 0.55f);
-        EXPECT_FLOAT_EQ (sound->probability.load (relaxed), 0.65f);
+        expectFields (*sound, { { "gain", &juce::SamplerSoundLog::gain, SamplerRig::expectedLevel (0.7, 1.0) },
+                                { "pan", &juce::SamplerSoundLog::pan, -0.6 }, { "attack", &juce::SamplerSoundLog::attack, 0.35 },
+                                { "decay", &juce::SamplerSoundLog::decay, 0.36 }, { "sustain", &juce::SamplerSoundLog::sustain, 0.3 },
+                                { "release", &juce::SamplerSoundLog::release, 0.81 },
+                                { "randomPitch", &juce::SamplerSoundLog::randomPitch, 0.15 },
+                                { "randomOther", &juce::SamplerSoundLog::randomOther, 0.0 },
+                                { "velToVolume", &juce::SamplerSoundLog::velToVolume, 0.25 },
+                                { "velToOffset", &juce::SamplerSoundLog::velToOffset, 0.45 },
+                                { "velToProbability", &juce::SamplerSoundLog::velToProbability, 0.55 },
+                                { "probability", &juce::SamplerSoundLog::probability, 0.65 },
+                                { "envelopeSampleRate", &juce::SamplerSoundLog::envelopeSampleRate, 44100.0 } });
         EXPECT_TRUE (sound->offsetInSeconds.load (relaxed));
-        EXPECT_EQ (sound->envelopeSampleRate.load (relaxed), 44100.0f);
     }
 
-    rig.set ("msec", 0.0f);
-    rig.processor.updateSoundParameters();
-    EXPECT_FALSE (rig.sounds()[0]->offsetInSeconds.load (relaxed));
-
-    // The switch reads as on from one half upwards.
-    rig.set ("msec", 0.5f);
-    rig.processor.updateSoundParameters();
-    EXPECT_TRUE (rig.sounds()[0]->offsetInSeconds.load (relaxed));
+    // The seconds switch reads as on from one half upwards.
+    for (const auto msec : { 0.0f, 0.49f, 0.5f })
+    {
+        rig.set ("msec", msec);
+        rig.processor.updateSoundParameters();
+        EXPECT_EQ (rig.sounds()[0]->offsetInSeconds.load (relaxed), msec >= 0.5f) << msec;
+    }
 }
 
 TEST (ParameterPush, EnvelopeTimesAreClamped)
@@ -84,25 +87,20 @@ TEST (ParameterPush, EnvelopeTimesAreClamped)
     TwoSounds fixture;
     auto& rig = fixture.rig;
     rig.makeDeterministic();
-    rig.set ("attack", 0.0f);
-    rig.set ("decay", 0.0f);
-    rig.set ("sustain", 1.0f);
-    rig.set ("release", 0.02f); // squared: 0.0004, below the floor
-    rig.processor.updateSoundParameters();
 
-    const auto* sound = rig.sounds()[0];
-    EXPECT_FLOAT_EQ (sound->attack.load (relaxed), 0.001f);
-    EXPECT_FLOAT_EQ (sound->decay.load (relaxed), 0.001f);
-    EXPECT_FLOAT_EQ (sound->sustain.load (relaxed), 1.0f);
-    EXPECT_FLOAT_EQ (sound->release.load (relaxed), 0.001f);
-
-    rig.set ("attack", 1.0f);
-    rig.set ("decay", 1.0f);
-    rig.set ("release", 1.0f);
-    rig.processor.updateSoundParameters();
-    EXPECT_FLOAT_EQ (sound->attack.load (relaxed), 1.0f);
-    EXPECT_FLOAT_EQ (sound->decay.load (relaxed), 1.0f);
-    EXPECT_FLOAT_EQ (sound->release.load (relaxed), 1.0f);
+    // Release 0.02 squared is 0.0004, below the 1 ms floor.
+    for (const auto [attack, decay, release, low, high] : { std::tuple { 0.0f, 0.0f, 0.02f, 0.001, 0.001 },
+                                                            std::tuple { 1.0f, 1.0f, 1.0f, 1.0, 1.0 } })
+    {
+        rig.set ("attack", attack);
+        rig.set ("decay", decay);
+        rig.set ("release", release);
+        rig.processor.updateSoundParameters();
+        expectFields (*rig.sounds()[0], { { "attack", &juce::SamplerSoundLog::attack, low },
+                                          { "decay", &juce::SamplerSoundLog::decay, low },
+                                          { "release", &juce::SamplerSoundLog::release, high },
+                                          { "sustain", &juce::SamplerSoundLog::sustain, 1.0 } });
+    }
 }
 
 TEST (ParameterPush, OneRandomFactorPerPushForDecayAndRelease)
@@ -180,15 +178,12 @@ TEST (ParameterPush, FreshSoundsStartFromTheirDefaults)
     rig.load ({ file.getFullPathName() });
     const auto* sound = rig.sounds().at (0);
 
-    EXPECT_EQ (sound->envelopeSampleRate.load (relaxed), 0.0f);
-    EXPECT_EQ (sound->gain.load (relaxed), 1.0f);
-    EXPECT_EQ (sound->pan.load (relaxed), 0.0f);
-    EXPECT_EQ (sound->probability.load (relaxed), 1.0f);
-    EXPECT_EQ (sound->randomPitch.load (relaxed), 0.0f);
+    expectFields (*sound, { { "envelopeSampleRate", &juce::SamplerSoundLog::envelopeSampleRate, 0.0 },
+                            { "gain", &juce::SamplerSoundLog::gain, 1.0 }, { "pan", &juce::SamplerSoundLog::pan, 0.0 },
+                            { "probability", &juce::SamplerSoundLog::probability, 1.0 },
+                            { "randomPitch", &juce::SamplerSoundLog::randomPitch, 0.0 },
+                            { "attack", &juce::SamplerSoundLog::attack, 0.1 }, { "decay", &juce::SamplerSoundLog::decay, 0.1 },
+                            { "sustain", &juce::SamplerSoundLog::sustain, 1.0 }, { "release", &juce::SamplerSoundLog::release, 0.1 } });
     EXPECT_EQ (sound->curve.load (relaxed), 0);
     EXPECT_FALSE (sound->offsetInSeconds.load (relaxed));
-    EXPECT_FLOAT_EQ (sound->attack.load (relaxed), 0.1f);
-    EXPECT_FLOAT_EQ (sound->decay.load (relaxed), 0.1f);
-    EXPECT_FLOAT_EQ (sound->sustain.load (relaxed), 1.0f);
-    EXPECT_FLOAT_EQ (sound->release.load (relaxed), 0.1f);
 }

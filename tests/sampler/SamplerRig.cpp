@@ -16,6 +16,18 @@ SamplerRig::SamplerRig (double rate, int block, bool monoOutput)
     processor.prepareToPlay (hostRate, blockSize);
 }
 
+SamplerRig::SamplerRig (const juce::StringArray& paths, const Settings& settings, double rate, bool monoOutput)
+    : SamplerRig (rate, 512, monoOutput)
+{
+    makeDeterministic();
+
+    for (const auto& [id, value] : settings)
+        set (id, value);
+
+    load (paths);
+    processor.updateSoundParameters();
+}
+
 void SamplerRig::set (const juce::String& id, float normalisedValue)
 {
     for (auto* parameter : processor.getParameters())
@@ -110,6 +122,15 @@ std::vector<juce::SamplerVoiceLog*> SamplerRig::activeVoices()
                 result.push_back (voice);
 
     return result;
+}
+
+juce::SamplerVoiceLog* SamplerRig::strike (float velocity)
+{
+    processor.synth.noteOn (1, 60, velocity);
+    const auto voices = activeVoices();
+    EXPECT_LE (voices.size(), 1u);
+    silence();
+    return voices.empty() ? nullptr : voices[0];
 }
 
 SamplerRig::Note SamplerRig::noteOn (int sample, int note, int velocity)

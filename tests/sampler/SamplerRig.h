@@ -17,7 +17,13 @@ public:
         juce::MidiMessage message;
     };
 
+    using Settings = std::vector<std::pair<juce::String, float>>;
+
     explicit SamplerRig (double hostRate = 48000.0, int blockSize = 512, bool monoOutput = false);
+
+    /** A deterministic rig with these settings on top, playing these files. */
+    SamplerRig (const juce::StringArray& paths, const Settings& settings,
+                double hostRate = 48000.0, bool monoOutput = false);
 
     /** Sets the normalised value of the parameter with this ID. */
     void set (const juce::String& id, float normalisedValue);
@@ -37,6 +43,11 @@ public:
 
     std::vector<juce::SamplerSoundLog*> sounds();
     std::vector<juce::SamplerVoiceLog*> activeVoices();
+
+    /** Starts key 60 directly on the synthesiser and returns the voice that took it (or
+        nullptr when the note was dropped), then frees every voice. The returned voice keeps
+        the values its note set. */
+    juce::SamplerVoiceLog* strike (float velocity = 1.0f);
 
     static Note noteOn (int sample, int note, int velocity = 127);
     static Note noteOff (int sample, int note);
