@@ -1,7 +1,5 @@
 #include "EditorTestHelpers.h"
 
-#include <gtest/gtest.h>
-
 namespace EditorTestHelpers
 {
 juce::AudioParameterFloatVantrel* parameterWithId (VantrelSampivoAudioProcessor& processor, const juce::String& id)
@@ -82,17 +80,28 @@ void loadSamples (VantrelSampivoAudioProcessor& processor, const juce::StringArr
     processor.reloadSamples (true);
 }
 
-int countPixelsOfColour (const juce::Image& image, juce::Colour colour)
+int countPixels (const juce::Image& image, const std::function<bool (int x, int y, juce::Colour)>& test)
 {
     const juce::Image::BitmapData pixels (image, juce::Image::BitmapData::readOnly);
     auto count = 0;
 
     for (auto y = 0; y < image.getHeight(); ++y)
         for (auto x = 0; x < image.getWidth(); ++x)
-            if (pixels.getPixelColour (x, y).getARGB() == colour.getARGB())
-                ++count;
+            count += test (x, y, pixels.getPixelColour (x, y)) ? 1 : 0;
 
     return count;
+}
+
+juce::SamplerSoundLog* EditorFixture::firstSound()
+{
+    return dynamic_cast<juce::SamplerSoundLog*> (processor.synth.getSound (0).get());
+}
+
+juce::String EditorFixture::writeTone (const juce::String& name)
+{
+    const auto file = folder.file (name);
+    EXPECT_TRUE (AudioFixtures::writeSine (file, 44100.0, 1, 0.1, 440.0));
+    return file.getFullPathName();
 }
 
 ParameterSpy::ParameterSpy (juce::AudioProcessorParameter& parameterToWatch)

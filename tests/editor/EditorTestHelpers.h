@@ -4,7 +4,12 @@
 #include "editor/SampivoEditor.h"
 #include "editor/WaveThumbnail.h"
 #include "processor/VantrelSampivoAudioProcessor.h"
+#include "sampler/SamplerSoundLog.h"
+#include "support/AudioFixtures.h"
 
+#include <gtest/gtest.h>
+
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -41,8 +46,23 @@ void setHostValue (juce::AudioProcessorParameter& parameter, float value);
 /** Loads the given files as the processor's sample set, as a drop and the next block would. */
 void loadSamples (VantrelSampivoAudioProcessor& processor, const juce::StringArray& paths);
 
-/** Counts the pixels whose colour is exactly the given opaque colour. */
-int countPixelsOfColour (const juce::Image& image, juce::Colour colour);
+/** Counts the pixels whose position and colour pass the test. */
+int countPixels (const juce::Image& image, const std::function<bool (int x, int y, juce::Colour)>& test);
+
+/** A processor with its editor open and a temporary folder for sample files. */
+class EditorFixture : public ::testing::Test
+{
+protected:
+    VantrelSampivoAudioProcessor processor;
+    std::unique_ptr<juce::AudioProcessorEditor> editor { processor.createEditor() };
+    AudioFixtures::TempFolder folder;
+
+    SampivoEditor& sampivoEditor() { return dynamic_cast<SampivoEditor&> (*editor); }
+    juce::SamplerSoundLog* firstSound();
+
+    /** Writes a short sine file into the temporary folder and returns its path. */
+    juce::String writeTone (const juce::String& name);
+};
 
 /** Counts value notifications and gestures that reach a parameter's listeners. */
 class ParameterSpy : public juce::AudioProcessorParameter::Listener
