@@ -1,6 +1,10 @@
 #include "reliability/ReliabilityRig.h"
 
+#include "sampler/SamplerSoundLog.h"
+
+#include <chrono>
 #include <cmath>
+#include <iterator>
 #include <cstdlib>
 
 #if JUCE_LINUX
@@ -9,18 +13,6 @@
 
 namespace ReliabilityRig
 {
-
-const std::vector<int>& stressBlockSizes()
-{
-    static const std::vector<int> sizes { 1, 17, 512, 4096 };
-    return sizes;
-}
-
-const std::vector<double>& stressSampleRates()
-{
-    static const std::vector<double> rates { 22050.0, 44100.0, 48000.0, 88200.0, 96000.0, 192000.0 };
-    return rates;
-}
 
 float outputBound (float sourcePeak)
 {
@@ -76,6 +68,16 @@ SamplePool::SamplePool()
         pool.push_back (mp3);
 }
 
+juce::String SamplePool::list (int count) const
+{
+    juce::StringArray paths;
+
+    for (auto i = 0; i < count; ++i)
+        paths.add (pool[(size_t) i % pool.size()].getFullPathName());
+
+    return paths.joinIntoString ("\n");
+}
+
 juce::String SamplePool::randomFileList (juce::Random& random) const
 {
     juce::StringArray paths;
@@ -93,6 +95,51 @@ juce::String SamplePool::randomFileList (juce::Random& random) const
 }
 
 //==============================================================================
+void prepare (juce::AudioProcessor& processor, double rate, int blockSize, int channels)
+{
+    juce::AudioProcessor::BusesLayout layout;
+    layout.outputBuses.add (juce::AudioChannelSet::canonicalChannelSet (channels));
+    processor.setBusesLayout (layout);
+    processor.setRateAndBufferSizeDetails (rate, blockSize);
+    processor.prepareToPlay (rate, blockSize);
+}
+
+void drop (VantrelSampivoAudioProcessor& processor, const juce::String& list)
+{
+    processor.setStateProperty ("filenames", list);
+    processor.reloadRequested = true;
+}
+
+juce::AudioBuffer<float> render (juce::AudioProcessor& processor, int blockSize, juce::MidiBuffer midi)
+{
+    juce::AudioBuffer<float> buffer (2, blockSize);
+    buffer.clear();
+    processor.processBlock (buffer, midi);
+    return buffer;
+}
+
+juce::MidiBuffer noteOns (std::initializer_list<int> notes)
+{
+    juce::MidiBuffer midi;
+
+    for (const auto note : notes)
+        midi.addEvent (juce::MidiMessage::noteOn (1, note, (juce::uint8) 127), 0);
+
+    return midi;
+}
+
+std::map<juce::String, int> loadedSounds (VantrelSampivoAudioProcessor& processor)
+{
+    const juce::ScopedLock lock (processor.synth.getLock());
+    std::map<juce::String, int> sounds;
+
+    for (auto i = 0; i < processor.synth.getNumSounds(); ++i)
+        if (auto* sound = dynamic_cast<juce::SamplerSoundLog*> (processor.synth.getSound (i).get()))
+            sounds[sound->getName()] = sound->getRootNote();
+
+    return sounds;
+}
+
 juce::MidiBuffer randomNotes (juce::Random& random, int numSamples, int maxEvents)
 {
     juce::MidiBuffer midi;
@@ -113,11 +160,10 @@ juce::MidiBuffer randomNotes (juce::Random& random, int numSamples, int maxEvent
     return midi;
 }
 
-void automateAtRandom (juce::AudioProcessor& processor, juce::Random& random)
+void automateAtRandom (const juce::Array<juce::AudioProcessorParameter*>& parameters, juce::Random& random)
 {
-    for (auto* parameter : processor.getParameters())
+    for (auto* parameter : parameters)
     {
-        // Extremes are where clamps and curves break, so they come up often.
         const auto pick = random.nextInt (6);
         const auto value = pick == 0 ? 0.0f : pick == 1 ? 1.0f : random.nextFloat();
         parameter->setValueNotifyingHost (value);
@@ -180,6 +226,14 @@ LoopThread::LoopThread (std::function<void()> body)
 LoopThread::~LoopThread()
 {
     stop();
+}
+
+void LoopThread::waitFor (long n) const
+{
+    const auto target = count.load() + n;
+
+    while (count.load() < target)
+        std::this_thread::sleep_for (std::chrono::milliseconds (1));
 }
 
 void LoopThread::stop()
@@ -248,12 +302,64 @@ struct XErrorTolerance
 
 const XErrorTolerance xErrorTolerance;
 #endif
-} // namespace
 
 bool haveDisplay()
 {
     return juce::SystemStats::getEnvironmentVariable ("DISPLAY", {}).isNotEmpty()
            && juce::Desktop::getInstance().getDisplays().getPrimaryDisplay() != nullptr;
+}
+} // namespace
+
+StressCounts stressAtEveryRate (int blockSize, double seconds,
+                                const std::function<juce::AudioProcessor& (double rate, int channels)>& setUp,
+                                const std::function<void (juce::Random&)>& sideAction,
+                                const std::function<void (juce::Random&)>& messageAction, FailureLog& failures)
+{
+    const double rates[] = { 22050.0, 44100.0, 48000.0, 88200.0, 96000.0, 192000.0 };
+    const auto perRate = std::chrono::duration<double> (seconds / (double) std::size (rates));
+    const auto bound = outputBound (1.0f);
+    juce::Random seeds (blockSize);
+    StressCounts counts;
+
+    for (size_t r = 0; r < std::size (rates); ++r)
+    {
+        // Every third rate plays into a mono output, where the sides are mixed.
+        auto& target = setUp (rates[r], r % 3 == 2 ? 1 : 2);
+        const auto where = "rate " + juce::String (rates[r]) + ", block " + juce::String (blockSize) + ": ";
+        juce::AudioBuffer<float> buffer (std::max (1, target.getTotalNumOutputChannels()), blockSize);
+        juce::Random audioRandom (seeds.nextInt64()), sideRandom (seeds.nextInt64()), messageRandom (seeds.nextInt64());
+
+        LoopThread audio ([&]
+        {
+            auto midi = randomNotes (audioRandom, blockSize, 8);
+            buffer.clear();
+            target.processBlock (buffer, midi);
+
+            if (const auto fault = checkBlock (buffer, bound); fault.isNotEmpty())
+                failures.report (where + fault);
+        });
+
+        LoopThread side ([&] { sideAction (sideRandom); });
+
+        for (const auto deadline = std::chrono::steady_clock::now() + perRate; std::chrono::steady_clock::now() < deadline;)
+        {
+            messageAction (messageRandom);
+            openAndCloseEditor (target, 10);
+            ++counts.messageActions;
+        }
+
+        side.stop();
+        audio.stop();
+        target.releaseResources();
+
+        if (audio.iterations() == 0)
+            failures.report (where + "no block rendered");
+
+        counts.blocks += audio.iterations();
+        counts.sideActions += side.iterations();
+    }
+
+    return counts;
 }
 
 void openAndCloseEditor (juce::AudioProcessor& processor, int millisecondsOpen)

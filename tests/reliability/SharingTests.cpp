@@ -1,11 +1,8 @@
 #include "reliability/ReliabilityRig.h"
 
-#include "processor/VantrelSampivoAudioProcessor.h"
 #include "sampler/SamplerSoundLog.h"
 
 #include <gtest/gtest.h>
-
-#include <chrono>
 
 using namespace ReliabilityRig;
 
@@ -14,78 +11,38 @@ namespace
 constexpr double sampleRate = 48000.0;
 constexpr int blockSize = 256;
 
-void prepare (VantrelSampivoAudioProcessor& processor)
+/** A pool and a processor prepared to play, for every test of this file. */
+class Sharing : public testing::Test
 {
-    processor.setRateAndBufferSizeDetails (sampleRate, blockSize);
-    processor.prepareToPlay (sampleRate, blockSize);
-}
+protected:
+    Sharing() { prepare (processor, sampleRate, blockSize); }
 
-juce::StringArray loadedNames (VantrelSampivoAudioProcessor& processor)
-{
-    const juce::ScopedLock lock (processor.synth.getLock());
-    juce::StringArray names;
-
-    for (auto i = 0; i < processor.synth.getNumSounds(); ++i)
-        if (auto* sound = dynamic_cast<juce::SamplerSoundLog*> (processor.synth.getSound (i).get()))
-            names.add (sound->getName());
-
-    return names;
-}
-
-/** The paths of a list that name readable files, in list order. */
-juce::StringArray readablePaths (const juce::String& list)
-{
-    juce::StringArray paths, readable;
-    paths.addTokens (list, "\n", "\"");
-
-    for (const auto& path : paths)
-        if (juce::File (path).existsAsFile())
-            readable.add (path);
-
-    return readable;
-}
-
-void waitForBlocks (const LoopThread& audio, long blocks)
-{
-    const auto target = audio.iterations() + blocks;
-
-    while (audio.iterations() < target)
-        std::this_thread::sleep_for (std::chrono::milliseconds (1));
-}
-} // namespace
-
-TEST (Sharing, DropsSavesRestoresPushesAndReloadsRunTogether)
-{
     const SamplePool pool;
     VantrelSampivoAudioProcessor processor;
-    prepare (processor);
+};
+} // namespace
 
+TEST_F (Sharing, DropsSavesRestoresPushesAndReloadsRunTogether)
+{
     FailureLog failures;
     const auto bound = outputBound (1.0f);
 
-    juce::Random audioRandom (1);
-    juce::AudioBuffer<float> buffer (2, blockSize);
+    juce::Random audioRandom (1), dropRandom (2), stateRandom (3), messageRandom (4);
     LoopThread audio ([&]
     {
-        auto midi = randomNotes (audioRandom, blockSize, 6);
-        processor.processBlock (buffer, midi);
-        const auto fault = checkBlock (buffer, bound);
-
-        if (fault.isNotEmpty())
+        if (const auto fault = checkBlock (render (processor, blockSize, randomNotes (audioRandom, blockSize, 6)), bound);
+            fault.isNotEmpty())
             failures.report (fault);
     });
 
     // The editor's drops.
-    juce::Random dropRandom (2);
     LoopThread drops ([&]
     {
-        processor.setStateProperty ("filenames", pool.randomFileList (dropRandom));
-        processor.reloadRequested = true;
+        drop (processor, pool.randomFileList (dropRandom));
         std::this_thread::sleep_for (std::chrono::milliseconds (2));
     });
 
     // The host's saves and restores; every saved document must be whole.
-    juce::Random stateRandom (3);
     LoopThread state ([&]
     {
         juce::MemoryBlock saved;
@@ -93,10 +50,7 @@ TEST (Sharing, DropsSavesRestoresPushesAndReloadsRunTogether)
         const auto xml = juce::AudioProcessor::getXmlFromBinary (saved.getData(), (int) saved.getSize());
 
         if (xml == nullptr || ! xml->hasTagName ("settings"))
-        {
-            failures.report ("a save produced no settings document");
-            return;
-        }
+            return failures.report ("a save produced no settings document");
 
         for (auto* parameter : processor.getParameters())
             if (auto* withID = dynamic_cast<juce::AudioProcessorParameterWithID*> (parameter))
@@ -113,10 +67,9 @@ TEST (Sharing, DropsSavesRestoresPushesAndReloadsRunTogether)
 
     // The editor's knob pushes and status reads, and a host's program changes (which load
     // on this thread while the audio thread may be loading too).
-    juce::Random messageRandom (4);
     LoopThread message ([&]
     {
-        automateAtRandom (processor, messageRandom);
+        automateAtRandom (processor.getParameters(), messageRandom);
         processor.controlsNeedUpdate = true;
         processor.controlCounter = 0;
         processor.updateSoundParameters();
@@ -129,50 +82,36 @@ TEST (Sharing, DropsSavesRestoresPushesAndReloadsRunTogether)
     });
 
     std::this_thread::sleep_for (std::chrono::seconds (2));
-
     message.stop();
     state.stop();
     drops.stop();
 
     // The last drop is loaded by the blocks that follow it, even if it arrived while a
-    // load was running.
-    const auto finalList = pool.files()[0].getFullPathName() + "\n" + pool.files()[1].getFullPathName();
-    processor.setStateProperty ("filenames", finalList);
-    processor.reloadRequested = true;
-    waitForBlocks (audio, 3);
+    // load was running; both of its files load, in list order.
+    drop (processor, pool.list (2));
+    audio.waitFor (3);
     audio.stop();
 
     EXPECT_FALSE (failures.any()) << failures.first();
     EXPECT_GT (drops.iterations(), 10);
     EXPECT_GT (state.iterations(), 10);
     EXPECT_GT (message.iterations(), 10);
-    EXPECT_EQ (loadedNames (processor), readablePaths (finalList));
-    EXPECT_EQ (processor.getStateProperty ("filenames"), finalList);
+    const std::map<juce::String, int> expected { { pool.files()[0].getFullPathName(), 60 },
+                                                 { pool.files()[1].getFullPathName(), 59 } };
+    EXPECT_EQ (loadedSounds (processor), expected);
+    EXPECT_EQ (processor.getStateProperty ("filenames"), pool.list (2));
     EXPECT_FALSE (processor.isLoadingSamples.load());
 }
 
-TEST (Sharing, ADropDuringALoadIsServedByTheNextBlock)
+TEST_F (Sharing, ADropDuringALoadIsServedByTheNextBlock)
 {
-    const SamplePool pool;
-    VantrelSampivoAudioProcessor processor;
-    prepare (processor);
-
     // A long first list, so that the second drop lands while it loads.
-    juce::StringArray longList;
-
-    for (auto i = 0; i < 400; ++i)
-        longList.add (pool.files()[(size_t) i % pool.files().size()].getFullPathName());
-
-    const auto secondList = pool.files().back().getFullPathName();
-    processor.setStateProperty ("filenames", longList.joinIntoString ("\n"));
-    processor.reloadRequested = true;
+    drop (processor, pool.list (400));
 
     std::atomic<bool> blockDone { false };
     std::thread audio ([&]
     {
-        juce::AudioBuffer<float> buffer (2, blockSize);
-        juce::MidiBuffer midi;
-        processor.processBlock (buffer, midi);
+        render (processor, blockSize);
         blockDone = true;
     });
 
@@ -180,8 +119,8 @@ TEST (Sharing, ADropDuringALoadIsServedByTheNextBlock)
         std::this_thread::yield();
 
     const auto droppedDuringLoad = ! blockDone.load();
-    processor.setStateProperty ("filenames", secondList);
-    processor.reloadRequested = true;
+    const auto secondList = pool.files().back().getFullPathName();
+    drop (processor, secondList);
     audio.join();
 
     if (! droppedDuringLoad)
@@ -190,47 +129,24 @@ TEST (Sharing, ADropDuringALoadIsServedByTheNextBlock)
     // The block that was loading finished the list it started with; the request made
     // meanwhile is still pending, and the next block serves it.
     EXPECT_TRUE (processor.reloadRequested.load());
-
-    juce::AudioBuffer<float> buffer (2, blockSize);
-    juce::MidiBuffer midi;
-    processor.processBlock (buffer, midi);
-
+    render (processor, blockSize);
     EXPECT_FALSE (processor.reloadRequested.load());
-    EXPECT_EQ (loadedNames (processor), juce::StringArray (secondList));
+    EXPECT_EQ (loadedSounds (processor), (std::map<juce::String, int> { { secondList, 60 } }));
 }
 
-TEST (Sharing, ReloadsOnTwoThreadsNeverInterleave)
+TEST_F (Sharing, ReloadsOnTwoThreadsNeverInterleave)
 {
     // A program change loads on the host's thread while a drop loads on the audio thread.
     // Each load clears and refills the list; were two to interleave, the list would hold
     // more sounds than the file list names.
-    const SamplePool pool;
-    VantrelSampivoAudioProcessor processor;
-    prepare (processor);
-
-    juce::StringArray list;
-
-    for (auto i = 0; i < 12; ++i)
-        list.add (pool.files()[(size_t) i % pool.files().size()].getFullPathName());
-
-    processor.setStateProperty ("filenames", list.joinIntoString ("\n"));
-    const auto expected = list.size();
+    processor.setStateProperty ("filenames", pool.list (12));
 
     std::atomic<int> mostSeen { 0 };
-    LoopThread watcher ([&]
-    {
-        const auto seen = processor.getNumLoadedSounds();
-
-        if (seen > mostSeen.load())
-            mostSeen = seen;
-    });
-
+    LoopThread watcher ([&] { mostSeen = std::max (mostSeen.load(), processor.getNumLoadedSounds()); });
     LoopThread audio ([&]
     {
-        juce::AudioBuffer<float> buffer (2, blockSize);
-        juce::MidiBuffer midi;
         processor.reloadRequested = true;
-        processor.processBlock (buffer, midi);
+        render (processor, blockSize);
     });
 
     for (auto i = 0; i < 200; ++i)
@@ -238,44 +154,30 @@ TEST (Sharing, ReloadsOnTwoThreadsNeverInterleave)
 
     audio.stop();
     watcher.stop();
-
-    EXPECT_LE (mostSeen.load(), expected);
+    EXPECT_LE (mostSeen.load(), 12);
     EXPECT_GT (audio.iterations(), 0);
 
     // Whichever load ran last, it ran whole.
     processor.setCurrentProgram (0);
-    EXPECT_EQ (processor.getNumLoadedSounds(), expected);
+    EXPECT_EQ (processor.getNumLoadedSounds(), 12);
 }
 
-TEST (Sharing, PushesFromTwoThreadsLeaveEverySoundWithOneThreadsValues)
+TEST_F (Sharing, PushesFromTwoThreadsLeaveEverySoundWithOneThreadsValues)
 {
     // The editor and the audio thread push at once; each field is an atomic store, and
     // with the variation turned off both pushes write the same values, which every sound
     // must hold afterwards.
-    const SamplePool pool;
-    VantrelSampivoAudioProcessor processor;
-    prepare (processor);
-
-    juce::StringArray list;
-
-    for (const auto& file : pool.files())
-        list.add (file.getFullPathName());
-
-    processor.setStateProperty ("filenames", list.joinIntoString ("\n"));
+    const auto count = (int) pool.files().size();
+    processor.setStateProperty ("filenames", pool.list (count));
     processor.reloadSamples (true);
-    ASSERT_EQ (processor.getNumLoadedSounds(), list.size());
+    ASSERT_EQ (processor.getNumLoadedSounds(), count);
 
     processor.randomOtherParam->setValueNotifyingHost (0.0f);
     processor.volumeParam->setValueNotifyingHost (1.0f);
     processor.panParam->setValueNotifyingHost (1.0f);
     processor.decayParam->setValueNotifyingHost (0.5f);
 
-    LoopThread audio ([&]
-    {
-        juce::AudioBuffer<float> buffer (2, blockSize);
-        juce::MidiBuffer midi;
-        processor.processBlock (buffer, midi);
-    });
+    LoopThread audio ([&] { render (processor, blockSize); });
 
     for (auto i = 0; i < 2000; ++i)
         processor.updateSoundParameters();
@@ -294,22 +196,15 @@ TEST (Sharing, PushesFromTwoThreadsLeaveEverySoundWithOneThreadsValues)
     }
 }
 
-TEST (Sharing, ASoundLoadedOffTheAudioThreadIsSafeToPlayBeforeItsFirstPush)
+TEST_F (Sharing, ASoundLoadedOffTheAudioThreadIsSafeToPlayBeforeItsFirstPush)
 {
     // A program change loads on the host's thread. The audio thread pushes the settings
     // into the sounds and then renders, so a sound added between the two is played
     // before any push reaches it: with its initial settings, and an envelope rate of 0
     // that makes every stage rate infinite. That must still give finite, bounded audio.
-    const SamplePool pool;
-    VantrelSampivoAudioProcessor processor;
-    prepare (processor);
+    render (processor, blockSize); // the first block, which loads, is behind it
 
-    // The instrument has been playing: its first block (which loads) is behind it.
-    juce::AudioBuffer<float> buffer (2, blockSize);
-    juce::MidiBuffer none;
-    processor.processBlock (buffer, none);
-
-    processor.setStateProperty ("filenames", pool.files().front().getFullPathName());
+    processor.setStateProperty ("filenames", pool.list (1));
     processor.setCurrentProgram (0);
     ASSERT_EQ (processor.getNumLoadedSounds(), 1);
 
@@ -320,18 +215,16 @@ TEST (Sharing, ASoundLoadedOffTheAudioThreadIsSafeToPlayBeforeItsFirstPush)
 
     // What the synthesiser does in that window: start and release notes on the sound,
     // one of them re-struck while it sounds.
+    juce::AudioBuffer<float> buffer (2, blockSize);
     buffer.clear();
-    juce::MidiBuffer midi;
-    midi.addEvent (juce::MidiMessage::noteOn (1, 60, (juce::uint8) 127), 0);
+    auto midi = noteOns ({ 60 });
     midi.addEvent (juce::MidiMessage::noteOn (1, 64, (juce::uint8) 30), 10);
     midi.addEvent (juce::MidiMessage::noteOff (1, 60), 64);
     midi.addEvent (juce::MidiMessage::noteOn (1, 64, (juce::uint8) 90), 100);
     processor.synth.renderNextBlock (buffer, midi, 0, blockSize);
-
     EXPECT_EQ (checkBlock (buffer, outputBound (1.0f)), juce::String());
 
     // The next block's push gives it the settings, and it plays on.
-    processor.processBlock (buffer, none);
+    EXPECT_EQ (checkBlock (render (processor, blockSize), outputBound (1.0f)), juce::String());
     EXPECT_FLOAT_EQ (sound->envelopeSampleRate.load(), (float) sampleRate);
-    EXPECT_EQ (checkBlock (buffer, outputBound (1.0f)), juce::String());
 }

@@ -117,10 +117,14 @@ Counts renderCounting (PlayingInstrument& instrument, const std::vector<int>& bl
 }
 } // namespace
 
-TEST (SteadyStateAllocations, NoneWhileNotesStartAndStopOnAllVoices)
+/** Block sizes a host renders with, one after another: a steady 256, and a host that
+    changes the size every block. */
+class SteadyStateAllocations : public testing::TestWithParam<std::vector<int>> {};
+
+TEST_P (SteadyStateAllocations, NoneWhileNotesStartAndStopOnAllVoices)
 {
     PlayingInstrument instrument;
-    const auto counts = renderCounting (instrument, { 256 }, 3000);
+    const auto counts = renderCounting (instrument, GetParam(), 3000);
 
     // Every voice was busy at some point, so new notes also stole voices.
     EXPECT_EQ (counts.maxActiveVoices, 128);
@@ -128,17 +132,10 @@ TEST (SteadyStateAllocations, NoneWhileNotesStartAndStopOnAllVoices)
     EXPECT_EQ (counts.deallocations, 0);
 }
 
-TEST (SteadyStateAllocations, NoneWhenTheHostChangesTheBlockSizeEveryBlock)
-{
-    PlayingInstrument instrument;
-    const auto counts = renderCounting (instrument, { 1, 17, 512, 4096, 64, 333 }, 3000);
+INSTANTIATE_TEST_SUITE_P (BlockSizes, SteadyStateAllocations,
+                          testing::Values (std::vector<int> { 256 }, std::vector<int> { 1, 17, 512, 4096, 64, 333 }));
 
-    EXPECT_EQ (counts.maxActiveVoices, 128);
-    EXPECT_EQ (counts.allocations, 0);
-    EXPECT_EQ (counts.deallocations, 0);
-}
-
-TEST (SteadyStateAllocations, TheCounterSeesTheLoadThatADropCauses)
+TEST_F (SteadyStateAllocations, TheCounterSeesTheLoadThatADropCauses)
 {
     // The one place where the audio path may allocate is the load after a drop; the
     // counter must see it, or the zero counts above would prove nothing.
