@@ -31,7 +31,7 @@ TEST_F (EditorLayout, PanelStripAndBackground)
     EXPECT_EQ (editor->getLocalBounds(), juce::Rectangle<int> (0, 0, 375, 400));
     EXPECT_FALSE (editor->isResizable());
 
-    auto& strip = statusStrip (*editor);
+    auto& strip = onlyChild<WaveThumbnail> (*editor);
     EXPECT_EQ (strip.getBounds(), juce::Rectangle<int> (0, 300, 375, 100));
 
     // The 505 x 400 picture is the lowest child, squeezed to the panel; the strip lies above it.
@@ -63,7 +63,7 @@ TEST_F (EditorLayout, EveryKnobCaptionAndTheToggleInPlace)
         EXPECT_EQ (caption->getJustificationType(), juce::Justification (juce::Justification::centred));
     }
 
-    auto& toggle = millisecondsToggle (*editor);
+    auto& toggle = onlyChild<juce::ToggleButton> (*editor);
     EXPECT_EQ (toggle.getBounds(), juce::Rectangle<int> (214, 190, 32, 32));
     EXPECT_TRUE (toggle.getButtonText().isEmpty());
 

@@ -11,12 +11,10 @@ namespace
 {
 juce::File screenshotFolder()
 {
-    // The suite's executable sits in <build>/tests; the variable names <build> directly
-    // where the test runner passes it on.
+    // The test runner names the build folder; run by hand, the suite sits in <build>/tests.
     const auto binaryDir = juce::SystemStats::getEnvironmentVariable ("SAMPIVO_BINARY_DIR", {});
-    const auto base = binaryDir.isNotEmpty()
-                          ? juce::File (binaryDir)
-                          : juce::File::getSpecialLocation (juce::File::currentExecutableFile).getParentDirectory().getParentDirectory();
+    const auto base = binaryDir.isNotEmpty() ? juce::File (binaryDir)
+                                             : juce::File::getSpecialLocation (juce::File::currentExecutableFile).getParentDirectory().getParentDirectory();
     return base.getChildFile ("screenshots");
 }
 
@@ -60,7 +58,7 @@ TEST (EditorScreenshots, EmptyAndLoaded)
         paths.add (file.getFullPathName());
     }
 
-    statusStrip (*editor).filesDropped (paths, 10, 10);
+    onlyChild<WaveThumbnail> (*editor).filesDropped (paths, 10, 10);
     processor.reloadSamples (true);
     ASSERT_EQ (processor.getNumLoadedSounds(), 3);
     dynamic_cast<SampivoEditor&> (*editor).timerCallback();

@@ -29,19 +29,29 @@ std::vector<ComponentType*> childrenOfType (juce::Component& parent)
     return found;
 }
 
-juce::AudioParameterFloatVantrel* parameterWithId (VantrelSampivoAudioProcessor& processor, const juce::String& id);
+/** The editor's one child of the given type (the status strip, the toggle). */
+template <typename ComponentType>
+ComponentType& onlyChild (juce::Component& parent)
+{
+    const auto found = childrenOfType<ComponentType> (parent);
+
+    if (found.size() != 1)
+        throw std::runtime_error ("the editor should hold exactly one of each");
+
+    return *found.front();
+}
+
+/** The knob bound to a parameter: the knob registers itself with its parameter when it binds. */
 ParameterSlider& knobFor (VantrelSampivoAudioProcessor& processor, const juce::String& id);
 juce::Label* captionWithText (juce::Component& editor, const juce::String& text);
-WaveThumbnail& statusStrip (juce::Component& editor);
-juce::ToggleButton& millisecondsToggle (juce::Component& editor);
 
 /** A mouse event on a component, for driving knobs as a user would. */
 juce::MouseEvent mouseEventOn (juce::Component& component, juce::Point<float> position,
                                juce::ModifierKeys modifiers, juce::Point<float> mouseDownPosition, int clicks = 1);
 
 /** Normalised value of any parameter, through the interface every parameter shares. */
-float valueOf (const juce::AudioProcessorParameter& parameter);
-void setHostValue (juce::AudioProcessorParameter& parameter, float value);
+inline float valueOf (const juce::AudioProcessorParameter& parameter) { return parameter.getValue(); }
+inline void setHostValue (juce::AudioProcessorParameter& parameter, float value) { parameter.setValue (value); }
 
 /** Loads the given files as the processor's sample set, as a drop and the next block would. */
 void loadSamples (VantrelSampivoAudioProcessor& processor, const juce::StringArray& paths);
@@ -58,7 +68,7 @@ protected:
     AudioFixtures::TempFolder folder;
 
     SampivoEditor& sampivoEditor() { return dynamic_cast<SampivoEditor&> (*editor); }
-    juce::SamplerSoundLog* firstSound();
+    juce::SamplerSoundLog* firstSound() { return dynamic_cast<juce::SamplerSoundLog*> (processor.synth.getSound (0).get()); }
 
     /** Writes a short sine file into the temporary folder and returns its path. */
     juce::String writeTone (const juce::String& name);
@@ -68,8 +78,8 @@ protected:
 class ParameterSpy : public juce::AudioProcessorParameter::Listener
 {
 public:
-    explicit ParameterSpy (juce::AudioProcessorParameter& parameterToWatch);
-    ~ParameterSpy() override;
+    explicit ParameterSpy (juce::AudioProcessorParameter& parameterToWatch) : parameter (parameterToWatch) { parameter.addListener (this); }
+    ~ParameterSpy() override { parameter.removeListener (this); }
 
     void parameterValueChanged (int, float) override { ++valueChanges; }
     void parameterGestureChanged (int, bool) override { ++gestures; }

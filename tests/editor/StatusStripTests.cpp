@@ -14,7 +14,7 @@ protected:
     // Nothing may load behind the test's back: the drop tests look at the request only.
     StatusStrip() { processor.reloadRequested.store (false); }
 
-    WaveThumbnail& strip { statusStrip (*editor) };
+    WaveThumbnail& strip { onlyChild<WaveThumbnail> (*editor) };
 
     // The text is drawn in one solid colour: drawn four times larger, its fully covered
     // pixels have exactly that colour, and no other state's colour appears.
