@@ -89,7 +89,7 @@ TEST (ParameterPush, EnvelopeTimesAreClamped)
     rig.makeDeterministic();
 
     // Release 0.02 squared is 0.0004, below the 1 ms floor.
-    for (const auto [attack, decay, release, low, high] : { std::tuple { 0.0f, 0.0f, 0.02f, 0.001, 0.001 },
+    for (const auto& [attack, decay, release, low, high] : { std::tuple { 0.0f, 0.0f, 0.02f, 0.001, 0.001 },
                                                             std::tuple { 1.0f, 1.0f, 1.0f, 1.0, 1.0 } })
     {
         rig.set ("attack", attack);
