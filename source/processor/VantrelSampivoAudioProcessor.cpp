@@ -180,74 +180,58 @@ float VantrelSampivoAudioProcessor::normalisedValue (const juce::AudioProcessorP
     return parameter.getValue();
 }
 
-void VantrelSampivoAudioProcessor::updateSoundParameters()
+SoundSettings VantrelSampivoAudioProcessor::currentSoundSettings()
 {
-    const auto volume = normalisedValue (*volumeParam);
-    const auto pan = normalisedValue (*panParam);
     const auto attackValue = normalisedValue (*attackParam);
     const auto decayValue = normalisedValue (*decayParam);
-    const auto sustainValue = normalisedValue (*sustainParam);
     const auto releaseValue = normalisedValue (*releaseParam);
-    const auto curveValue = normalisedValue (*curveParam);
-    const auto randomPitch = normalisedValue (*randomPitchParam);
     const auto randomOther = normalisedValue (*randomOtherParam);
-    const auto velToVolume = normalisedValue (*velToVolumeParam);
-    const auto velToOffset = normalisedValue (*velToOffsetParam);
-    const auto velToProbability = normalisedValue (*velToProbabilityParam);
-    const auto probability = normalisedValue (*probabilityParam);
-    const auto milliseconds = normalisedValue (*millisecondsParam);
 
     // One variation per push, shared by decay and release and by every sound.
     const auto factor = 2.0f * juce::Random().nextFloat() * randomOther + 1.0f;
 
-    juce::ADSR::Parameters envelope;
-    envelope.attack = juce::jlimit (0.001f, 10.0f, attackValue);
-    envelope.decay = juce::jlimit (0.001f, 10.0f, decayValue * decayValue * factor);
-    envelope.sustain = juce::jlimit (0.0f, 1.0f, sustainValue);
-    envelope.release = juce::jlimit (0.001f, 10.0f, releaseValue * releaseValue * factor);
-    envelopeParameters.store (envelope);
+    SoundSettings settings;
+    settings.attack = juce::jlimit (0.001f, 10.0f, attackValue);
+    settings.decay = juce::jlimit (0.001f, 10.0f, decayValue * decayValue * factor);
+    settings.sustain = juce::jlimit (0.0f, 1.0f, normalisedValue (*sustainParam));
+    settings.release = juce::jlimit (0.001f, 10.0f, releaseValue * releaseValue * factor);
+    envelopeParameters.store ({ settings.attack, settings.decay, settings.sustain, settings.release });
 
-    auto curve = 0;
     const auto choices = curveParam->getNumberOfChoices();
 
     if (curveParam->getDisplayKind() == juce::AudioParameterFloatVantrel::choiceList && choices >= 2)
-        curve = (int) std::round ((float) (choices - 1) * curveValue);
+        settings.curve = (int) std::round ((float) (choices - 1) * normalisedValue (*curveParam));
 
-    const auto gain = (float) ((float) ((double) volume * volume * volume * 7.943282127380371) * 10.0);
-    const auto soundPan = pan * 2.0f - 1.0f;
-    const auto inSeconds = milliseconds >= 0.5f;
+    const auto volume = normalisedValue (*volumeParam);
+    settings.gain = (float) ((float) ((double) volume * volume * volume * 7.943282127380371) * 10.0);
+    settings.pan = normalisedValue (*panParam) * 2.0f - 1.0f;
+    settings.randomPitch = normalisedValue (*randomPitchParam);
+    settings.probability = normalisedValue (*probabilityParam);
+    settings.randomOther = randomOther;
+    settings.velToVolume = normalisedValue (*velToVolumeParam);
+    settings.velToOffset = normalisedValue (*velToOffsetParam);
+    settings.velToProbability = normalisedValue (*velToProbabilityParam);
+    settings.offsetInSeconds = normalisedValue (*millisecondsParam) >= 0.5f;
+
+    const auto rate = getSampleRate();
+
+    if (rate > 999.0 && rate < 10000000001.0)
+        defaultRate.store (rate, relaxed);
+
+    settings.envelopeSampleRate = (float) (oversamplingFactor * defaultRate.load (relaxed));
+    return settings;
+}
+
+void VantrelSampivoAudioProcessor::updateSoundParameters()
+{
+    const auto settings = currentSoundSettings();
 
     // The loader may replace the sounds on another thread; hold the list still.
     const juce::ScopedLock soundListLock (synth.getLock());
 
     for (auto i = 0; i < synth.getNumSounds(); ++i)
-    {
-        auto* sampler = dynamic_cast<juce::SamplerSoundLog*> (synth.getSound (i).get());
-
-        if (sampler == nullptr)
-            continue;
-
-        const auto rate = getSampleRate();
-
-        if (rate > 999.0 && rate < 10000000001.0)
-            defaultRate.store (rate, relaxed);
-
-        sampler->envelopeSampleRate.store ((float) (oversamplingFactor * defaultRate.load (relaxed)), relaxed);
-        sampler->curve.store (curve, relaxed);
-        sampler->attack.store (envelope.attack, relaxed);
-        sampler->decay.store (envelope.decay, relaxed);
-        sampler->sustain.store (envelope.sustain, relaxed);
-        sampler->release.store (envelope.release, relaxed);
-        sampler->gain.store (gain, relaxed);
-        sampler->pan.store (soundPan, relaxed);
-        sampler->randomPitch.store (randomPitch, relaxed);
-        sampler->probability.store (probability, relaxed);
-        sampler->randomOther.store (randomOther, relaxed);
-        sampler->velToVolume.store (velToVolume, relaxed);
-        sampler->velToOffset.store (velToOffset, relaxed);
-        sampler->velToProbability.store (velToProbability, relaxed);
-        sampler->offsetInSeconds.store (inSeconds, relaxed);
-    }
+        if (auto* sampler = dynamic_cast<juce::SamplerSoundLog*> (synth.getSound (i).get()))
+            settings.applyTo (*sampler);
 }
 
 //==============================================================================
@@ -328,13 +312,27 @@ void VantrelSampivoAudioProcessor::addSample (const juce::String& path, int inde
         return;
 
     // The sound copies the audio, so the reader and its file are released right away.
-    synth.addSound (new juce::SamplerSoundLog (path, *reader, notesForSample (index, count),
-                                               rootNoteForSample (index, count)));
+    // It joins with the current settings: a note may start on it before the next push.
+    auto* sound = new juce::SamplerSoundLog (path, *reader, notesForSample (index, count),
+                                             rootNoteForSample (index, count));
+    currentSoundSettings().applyTo (*sound);
+    synth.addSound (sound);
 }
 
 void VantrelSampivoAudioProcessor::clearSamples()
 {
     synth.clearSounds();
+}
+
+int VantrelSampivoAudioProcessor::getNonFiniteCount() const
+{
+    auto count = 0;
+
+    for (auto i = 0; i < synth.getNumVoices(); ++i)
+        if (auto* voice = dynamic_cast<const juce::SamplerVoiceLog*> (synth.getVoice (i)))
+            count += voice->getNonFiniteCount();
+
+    return count;
 }
 
 int VantrelSampivoAudioProcessor::getNumLoadedSounds() const

@@ -3,6 +3,7 @@
 #include "processor/AudioParameterFloatVantrel.h"
 #include "processor/AudioProcessorVantrel.h"
 #include "sampler/SampleSynthesiser.h"
+#include "sampler/SoundSettings.h"
 
 #include <juce_audio_formats/juce_audio_formats.h>
 
@@ -50,6 +51,9 @@ public:
         and by the editor; a sounding note keeps the values it started with. */
     void updateSoundParameters();
 
+    /** The values a push stores into the sounds, from the parameters as they are now. */
+    SoundSettings currentSoundSettings();
+
     /** Rebuilds the sounds from "filenames". Without force, it loads only when no sound
         is loaded yet. An empty list leaves the loaded sounds in place. */
     void reloadSamples (bool force);
@@ -60,6 +64,10 @@ public:
 
     /** Removes every sound, under the synthesiser's lock. */
     void clearSamples();
+
+    /** How many notes the voices silenced because a value they computed was not finite:
+        zero unless something upstream is faulty. */
+    int getNonFiniteCount() const;
 
     /** The number of sounds currently loaded. */
     int getNumLoadedSounds() const;

@@ -94,6 +94,12 @@ void SampleEnvelope::beginRelease()
     }
 }
 
+bool SampleEnvelope::isFinite() const noexcept
+{
+    return std::isfinite (envelopeValue) && std::isfinite (attackRate) && std::isfinite (decayRate)
+           && std::isfinite (releaseRate);
+}
+
 void SampleEnvelope::stop()
 {
     envelopeValue = 0.0f;

@@ -37,6 +37,9 @@ public:
     /** Stops at once: value 0, idle. */
     void stop();
 
+    /** True when the value and every rate are finite numbers. */
+    bool isFinite() const noexcept;
+
     /** Advances one sample and returns the gain for it. Defined below, in the header,
         so that the voice's per-sample loop can inline it. */
     float nextGain();

@@ -95,7 +95,24 @@ void SamplerVoiceLog::startNote (int midiNoteNumber, float velocity, Synthesiser
     envelope.sampleRate = (double) sound->envelopeSampleRate.load (relaxed);
     envelope.setEnvelopeParameters (sound->attack.load (relaxed), sound->decay.load (relaxed),
                                     sound->sustain.load (relaxed), sound->release.load (relaxed));
+
+    // Every per-sample value derives from these; checking them once here keeps NaN and
+    // infinity out of the output without scanning the samples.
+    if (! std::isfinite (pitchRatio) || ! std::isfinite (lgain) || ! std::isfinite (rgain)
+        || ! envelope.isFinite())
+    {
+        silenceNonFiniteNote();
+        return;
+    }
+
     envelope.trigger();
+}
+
+void SamplerVoiceLog::silenceNonFiniteNote()
+{
+    nonFiniteCount.fetch_add (1, std::memory_order_relaxed);
+    clearCurrentNote();
+    envelope.stop();
 }
 
 void SamplerVoiceLog::stopNote (float, bool allowTailOff)

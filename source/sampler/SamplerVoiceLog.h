@@ -3,6 +3,8 @@
 #include "sampler/SampleEnvelope.h"
 #include "sampler/SamplerSoundLog.h"
 
+#include <atomic>
+
 namespace juce
 {
 
@@ -35,12 +37,20 @@ public:
     float getRightGain() const noexcept               { return rgain; }
     const SampleEnvelope& getEnvelope() const noexcept { return envelope; }
 
+    /** How many notes this voice silenced because something it computed was not a
+        finite number (a fault elsewhere: the voice keeps the output finite). */
+    int getNonFiniteCount() const noexcept            { return nonFiniteCount.load (std::memory_order_relaxed); }
+
 private:
     double pitchRatio = 0.0;
     double sourceSamplePosition = 0.0;
     float lgain = 0.0f;
     float rgain = 0.0f;
     SampleEnvelope envelope;
+    std::atomic<int> nonFiniteCount { 0 };
+
+    /** Ends the note at once and counts it, when its values are not finite. */
+    void silenceNonFiniteNote();
 
     JUCE_LEAK_DETECTOR (SamplerVoiceLog)
 };

@@ -195,36 +195,3 @@ TEST_F (Sharing, PushesFromTwoThreadsLeaveEverySoundWithOneThreadsValues)
         EXPECT_FLOAT_EQ (sound->envelopeSampleRate.load(), (float) sampleRate);
     }
 }
-
-TEST_F (Sharing, ASoundLoadedOffTheAudioThreadIsSafeToPlayBeforeItsFirstPush)
-{
-    // A program change loads on the host's thread. The audio thread pushes the settings
-    // into the sounds and then renders, so a sound added between the two is played
-    // before any push reaches it: with its initial settings, and an envelope rate of 0
-    // that makes every stage rate infinite. That must still give finite, bounded audio.
-    render (processor, blockSize); // the first block, which loads, is behind it
-
-    processor.setStateProperty ("filenames", pool.list (1));
-    processor.setCurrentProgram (0);
-    ASSERT_EQ (processor.getNumLoadedSounds(), 1);
-
-    const juce::SynthesiserSound::Ptr held (processor.synth.getSound (0));
-    auto* sound = dynamic_cast<juce::SamplerSoundLog*> (held.get());
-    ASSERT_NE (sound, nullptr);
-    ASSERT_EQ (sound->envelopeSampleRate.load(), 0.0f);
-
-    // What the synthesiser does in that window: start and release notes on the sound,
-    // one of them re-struck while it sounds.
-    juce::AudioBuffer<float> buffer (2, blockSize);
-    buffer.clear();
-    auto midi = noteOns ({ 60 });
-    midi.addEvent (juce::MidiMessage::noteOn (1, 64, (juce::uint8) 30), 10);
-    midi.addEvent (juce::MidiMessage::noteOff (1, 60), 64);
-    midi.addEvent (juce::MidiMessage::noteOn (1, 64, (juce::uint8) 90), 100);
-    processor.synth.renderNextBlock (buffer, midi, 0, blockSize);
-    EXPECT_EQ (checkBlock (buffer, outputBound (1.0f)), juce::String());
-
-    // The next block's push gives it the settings, and it plays on.
-    EXPECT_EQ (checkBlock (render (processor, blockSize), outputBound (1.0f)), juce::String());
-    EXPECT_FLOAT_EQ (sound->envelopeSampleRate.load(), (float) sampleRate);
-}
