@@ -414,7 +414,9 @@ void AudioProcessorVantrel::setStateInformation (const void* data, int sizeInByt
             const auto& name = xml->getAttributeName (i);
             const auto& value = xml->getAttributeValue (i);
 
-            if (name.isNotEmpty() && value.isNotEmpty())
+            // An empty value is kept: a host that saves, restores and saves again must
+            // get the document it restored.
+            if (name.isNotEmpty())
                 restored[name] = value;
         }
 

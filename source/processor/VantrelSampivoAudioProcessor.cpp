@@ -158,7 +158,8 @@ void VantrelSampivoAudioProcessor::setCurrentProgram (int)
     reloadSamples (true);
 }
 
-const juce::String VantrelSampivoAudioProcessor::getProgramName (int) { return {}; }
+// Hosts list the one program by name, and validators reject a program without one.
+const juce::String VantrelSampivoAudioProcessor::getProgramName (int) { return "Default"; }
 void VantrelSampivoAudioProcessor::changeProgramName (int, const juce::String&) {}
 
 bool VantrelSampivoAudioProcessor::isBusesLayoutSupported (const BusesLayout& layouts) const

@@ -91,7 +91,7 @@ TEST (Processor, OneProgramAndEveryProgramChangeReloads)
 
     VantrelSampivoAudioProcessor processor;
     EXPECT_EQ (processor.getNumPrograms(), 1);
-    EXPECT_EQ (processor.getProgramName (0), "");
+    EXPECT_EQ (processor.getProgramName (0), "Default");
 
     processor.setStateProperty ("filenames", a.getFullPathName());
     processor.prepareToPlay (48000.0, 256);
@@ -108,7 +108,7 @@ TEST (Processor, OneProgramAndEveryProgramChangeReloads)
     EXPECT_EQ (processor.getCurrentProgram(), 0);
 
     processor.changeProgramName (0, "renamed");
-    EXPECT_EQ (processor.getProgramName (0), "");
+    EXPECT_EQ (processor.getProgramName (0), "Default");
 }
 
 TEST_F (ProcessorFixture, NoteOnThenOffOfAnotherNoteEndsReleased)

@@ -142,7 +142,7 @@ TEST (StateRestore, UnknownAttributeIsKeptAndWrittenInKeyOrder)
 {
     VantrelSampivoAudioProcessor processor;
     restoreAndCheckFlags (processor, wrapDocument ("<settings zz=\"last\" extra=\"1\" volume=\"0.5000\" empty=\"\"/>"));
-    EXPECT_EQ (processor.getStatePropertiesSnapshot().count ("empty"), 0u);
+    EXPECT_EQ (processor.getStatePropertiesSnapshot().count ("empty"), 1u);
 
     const auto attributes = attributesOf (save (processor));
     std::vector<juce::String> propertyNames;
@@ -150,10 +150,11 @@ TEST (StateRestore, UnknownAttributeIsKeptAndWrittenInKeyOrder)
     for (size_t i = 14; i < attributes.size(); ++i)
         propertyNames.push_back (attributes[i].first);
 
-    const std::vector<juce::String> expected { "date_modified", "daw", "extra", "plugin", "pluginversion",
+    const std::vector<juce::String> expected { "date_modified", "daw", "empty", "extra", "plugin", "pluginversion",
                                                "samplerate", "username", "zz" };
     EXPECT_EQ (propertyNames, expected);
-    EXPECT_EQ (attributes[16].second, "1");
+    EXPECT_EQ (attributes[16].second, "");
+    EXPECT_EQ (attributes[17].second, "1");
     EXPECT_EQ (attributes.back().second, "last");
 }
 

@@ -1,0 +1,99 @@
+#include "common/PluginBundle.h"
+
+#define JUCE_VST3HEADERS_INCLUDE_HEADERS_ONLY 1
+#include <juce_audio_processors/format_types/juce_VST3Headers.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace
+{
+/** Decodes the base64 text of one child of the state block that JUCE's VST3 host keeps
+    (the component's or the controller's own state). */
+juce::MemoryBlock stateOf (const juce::MemoryBlock& hostState, const char* childName)
+{
+    juce::MemoryBlock decoded;
+
+    if (auto xml = juce::AudioProcessor::getXmlFromBinary (hostState.getData(), (int) hostState.getSize()))
+        if (auto* child = xml->getChildByName (childName))
+            decoded.fromBase64Encoding (child->getAllSubText());
+
+    return decoded;
+}
+
+/** The block with the value of its save time blanked (it has the same width in every save). */
+juce::MemoryBlock withoutSaveTime (juce::MemoryBlock block)
+{
+    const std::string key ("date_modified=\"");
+    auto* begin = static_cast<char*> (block.getData());
+    auto* end = begin + block.getSize();
+    auto* value = std::search (begin, end, key.begin(), key.end());
+
+    for (value += value != end ? (long) key.size() : 0; value < end && *value != '"'; ++value)
+        *value = '-';
+
+    return block;
+}
+
+/** The names a host reads from the component's program lists, as validators do. */
+juce::StringArray programNames (juce::AudioPluginInstance& instance)
+{
+    struct Visitor : juce::ExtensionsVisitor
+    {
+        void visitVST3Client (const VST3Client& client) override
+        {
+            Steinberg::FUnknownPtr<Steinberg::Vst::IUnitInfo> units (client.getIComponentPtr());
+
+            if (units == nullptr)
+                return;
+
+            for (Steinberg::int32 list = 0; list < units->getProgramListCount(); ++list)
+            {
+                Steinberg::Vst::ProgramListInfo info {};
+
+                if (units->getProgramListInfo (list, info) != Steinberg::kResultOk)
+                    continue;
+
+                for (Steinberg::int32 program = 0; program < info.programCount; ++program)
+                {
+                    Steinberg::Vst::String128 name {};
+                    units->getProgramName (info.id, program, name);
+                    names.add (juce::String (juce::CharPointer_UTF16 ((const juce::CharPointer_UTF16::CharType*) name)));
+                }
+            }
+        }
+
+        juce::StringArray names;
+    } visitor;
+
+    instance.getExtensions (visitor);
+    return visitor.names;
+}
+} // namespace
+
+// What the public plug-in validators check on the built bundle.
+TEST (Validator, EveryProgramIsNamedAndASaveAfterARestoreEqualsTheRestoredSave)
+{
+    juce::String error;
+    auto instance = PluginBundle::load (PluginBundle::bundleFromEnvironment(), 48000.0, 512, error);
+    ASSERT_NE (instance, nullptr) << error;
+
+    const auto names = programNames (*instance);
+    ASSERT_EQ (names.size(), 1);
+    EXPECT_EQ (names[0], "Default");
+
+    instance->prepareToPlay (48000.0, 512);
+
+    juce::MemoryBlock first, second;
+    instance->getStateInformation (first);
+    instance->setStateInformation (first.getData(), (int) first.getSize());
+    instance->getStateInformation (second);
+
+    const auto component = stateOf (first, "IComponent");
+    ASSERT_GT (component.getSize(), 8u);
+    EXPECT_EQ (withoutSaveTime (stateOf (second, "IComponent")), withoutSaveTime (component));
+    EXPECT_EQ (stateOf (second, "IEditController"), stateOf (first, "IEditController"));
+    instance->releaseResources();
+}
