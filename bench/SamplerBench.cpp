@@ -3,6 +3,7 @@
 // inside processBlock.
 
 #include "processor/VantrelSampivoAudioProcessor.h"
+#include "sampler/SampleSynthesiser.h"
 #include "sampler/SamplerSoundLog.h"
 #include "sampler/SamplerVoiceLog.h"
 
@@ -142,7 +143,7 @@ struct Engines
         sixteen channels, so no note replaces another. */
     bool startNotes (int numVoices)
     {
-        for (auto* synth : { &ours, &reference })
+        for (auto* synth : std::initializer_list<juce::Synthesiser*> { &ours, &reference })
         {
             synth->allNotesOff (0, false);
 
@@ -161,7 +162,10 @@ struct Engines
         return active;
     }
 
-    juce::Synthesiser ours, reference;
+    // Ours is the synthesiser the instrument plays with (it skips idle voices);
+    // the reference is JUCE's own.
+    SampleSynthesiser ours;
+    juce::Synthesiser reference;
     bool ready = false;
 };
 

@@ -2,7 +2,7 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
-#include <cmath>
+#include <cstdint>
 
 namespace juce
 {
@@ -14,6 +14,12 @@ namespace juce
     value freezes the envelope at its current value. A rate of 0 or below skips its
     stage. The juce::ADSR base is kept only as the type this envelope extends; none of
     its own state or stepping is used.
+
+    The envelope is rendered a stretch at a time: within one stage every step follows
+    the same closed form (value + k x rate, or value x factor^k), so a stage's gains are
+    computed without a dependency from one sample to the next, and the compiler can
+    vectorise them. The value is kept in double precision: a "Log" fade over ten
+    seconds is a product of 480,000 factors.
 */
 class SampleEnvelope : public ADSR
 {
@@ -40,98 +46,54 @@ public:
     /** True when the value and every rate are finite numbers. */
     bool isFinite() const noexcept;
 
-    /** Advances one sample and returns the gain for it. Defined below, in the header,
-        so that the voice's per-sample loop can inline it. */
-    float nextGain();
+    /** Writes the gains of the next numSamples samples (one step each), moving on to
+        the next stage wherever one ends. */
+    void render (float* gains, int numSamples) noexcept;
+
+    /** Advances one sample and returns its gain. */
+    float nextGain() noexcept;
 
     int curve = logCurve;
     int state = idle;
     float attack = 0.1f, decay = 0.1f, sustain = 1.0f, release = 0.1f;
     double sampleRate = 96000.0;
-    float envelopeValue = 0.0f;
+    double envelopeValue = 0.0;
     float sustainLevel = 1.0f;
     float attackRate = 0.0f, decayRate = 0.0f, releaseRate = 0.0f;
 
 private:
+    /** Steps until the current stage ends, or -1 when not yet counted: counted once per
+        stage, since counting takes logarithms and powers. */
+    std::int64_t stepsLeft = -1;
+
+    void enter (int newState) noexcept;
+
     void computeRates();
-    float shapeOutput() const;
+
+    /** Renders up to numSamples within the current stage; returns how many it wrote. */
+    int renderStage (float* gains, int numSamples) noexcept;
+
+    /** value + k x step for k = 1, 2, ... until it reaches target (which ends the stage). */
+    int renderLine (float* gains, int numSamples, double step, double target, int nextState) noexcept;
+
+    /** value x factor^k for k = 1, 2, ... until it falls to target (which ends the stage). */
+    int renderFade (float* gains, int numSamples, double factor, double target, int nextState) noexcept;
+
+    /** A constant gain for the rest of the request. */
+    int renderConstant (float* gains, int numSamples, float gain) noexcept;
+
+    /** The output gains for the values first + k x step, k = 0 .. numSamples - 1, all of
+        them strictly between silence and full level. */
+    void shapeLine (float* gains, double first, double step, int numSamples) const noexcept;
+
+    /** The output gain for any value, by curve. */
+    float shape (double value) const noexcept;
+
+    /** The first k >= 1 at which value + k x step has reached target. */
+    static std::int64_t stepsToReach (double value, double step, double target) noexcept;
+
+    /** The first k >= 1 at which value x factor^k has fallen to target. */
+    static std::int64_t stepsToFall (double value, double factor, double target) noexcept;
 };
-
-//==============================================================================
-inline float SampleEnvelope::nextGain()
-{
-    if (state == idle)
-        return 0.0f;
-
-    if (curve != logCurve && curve != inverseCurve && curve != atanCurve)
-        return envelopeValue;
-
-    const auto linear = curve != logCurve;
-
-    switch (state)
-    {
-        case attackState:
-            envelopeValue += attackRate;
-
-            if (envelopeValue >= 1.0f)
-            {
-                envelopeValue = 1.0f;
-                state = decayRate > 0.0f ? decayState : sustainState;
-            }
-            break;
-
-        case decayState:
-            if (linear)
-                envelopeValue -= decayRate;
-            else
-                envelopeValue *= decayRate;
-
-            if (envelopeValue <= sustainLevel)
-            {
-                envelopeValue = sustainLevel;
-                state = sustainState;
-            }
-            break;
-
-        case sustainState:
-            envelopeValue = sustainLevel;
-            break;
-
-        case releaseState:
-            if (linear)
-                envelopeValue -= releaseRate;
-            else
-                envelopeValue *= releaseRate;
-
-            if (envelopeValue <= 0.0f)
-            {
-                envelopeValue = 0.0f;
-                state = idle;
-            }
-            break;
-
-        default:
-            break;
-    }
-
-    return linear ? shapeOutput() : envelopeValue;
-}
-
-inline float SampleEnvelope::shapeOutput() const
-{
-    if (curve == inverseCurve)
-    {
-        const auto y = 1.0f + (1.0f - envelopeValue) * 99.0f;
-        return y <= 0.0f ? 0.0f : 1.0f / y - 0.01f;
-    }
-
-    if (envelopeValue >= 1.0f)
-        return 1.0f;
-
-    if (envelopeValue <= 0.0f)
-        return 0.0f;
-
-    return (float) (1.0 - std::atan ((1.0 - (double) envelopeValue) * 15.707963268) * 0.66347);
-}
 
 } // namespace juce

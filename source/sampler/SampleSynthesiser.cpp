@@ -14,6 +14,13 @@ const juce::CriticalSection& SampleSynthesiser::getLock() const noexcept
     return lock;
 }
 
+void SampleSynthesiser::renderVoices (juce::AudioBuffer<float>& outputAudio, int startSample, int numSamples)
+{
+    for (auto* voice : voices)
+        if (voice->getCurrentlyPlayingNote() >= 0)
+            voice->renderNextBlock (outputAudio, startSample, numSamples);
+}
+
 juce::SynthesiserVoice* SampleSynthesiser::findVoiceToSteal (juce::SynthesiserSound* soundToPlay, int,
                                                              int midiNoteNumber) const
 {

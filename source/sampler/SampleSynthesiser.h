@@ -20,6 +20,11 @@ public:
     const juce::CriticalSection& getLock() const noexcept;
 
 protected:
+    /** Renders only the voices that play a note: with a few notes sounding out of 128
+        voices, calling every idle voice costs as much as the notes themselves. */
+    void renderVoices (juce::AudioBuffer<float>& outputAudio, int startSample, int numSamples) override;
+    using juce::Synthesiser::renderVoices;
+
     juce::SynthesiserVoice* findVoiceToSteal (juce::SynthesiserSound* soundToPlay, int midiChannel,
                                               int midiNoteNumber) const override;
 

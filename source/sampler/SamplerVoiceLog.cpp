@@ -1,5 +1,9 @@
 #include "sampler/SamplerVoiceLog.h"
 
+#include "sampler/StepSearch.h"
+#include "sampler/StretchMixer.h"
+
+#include <algorithm>
 #include <cmath>
 
 namespace juce
@@ -45,6 +49,7 @@ void SamplerVoiceLog::startNote (int midiNoteNumber, float velocity, Synthesiser
     if (p > probability)
     {
         clearCurrentNote();
+        playingSound = nullptr;
         return;
     }
 
@@ -98,21 +103,24 @@ void SamplerVoiceLog::startNote (int midiNoteNumber, float velocity, Synthesiser
 
     // Every per-sample value derives from these; checking them once here keeps NaN and
     // infinity out of the output without scanning the samples.
-    if (! std::isfinite (pitchRatio) || ! std::isfinite (lgain) || ! std::isfinite (rgain)
+    if (! std::isfinite (pitchRatio) || ! (pitchRatio > 0.0) || ! std::isfinite (lgain) || ! std::isfinite (rgain)
         || ! envelope.isFinite())
     {
         silenceNonFiniteNote();
         return;
     }
 
+    playingSound = sound;
+    startPosition = sourceSamplePosition;
+    samplesPlayed = 0;
+    noteLength = samplesUntilEnd();
     envelope.trigger();
 }
 
 void SamplerVoiceLog::silenceNonFiniteNote()
 {
     nonFiniteCount.fetch_add (1, std::memory_order_relaxed);
-    clearCurrentNote();
-    envelope.stop();
+    stopNote (0.0f, false);
 }
 
 void SamplerVoiceLog::stopNote (float, bool allowTailOff)
@@ -124,6 +132,7 @@ void SamplerVoiceLog::stopNote (float, bool allowTailOff)
     }
 
     clearCurrentNote();
+    playingSound = nullptr;
     envelope.stop();
 }
 
@@ -132,60 +141,65 @@ void SamplerVoiceLog::controllerMoved (int, int) {}
 
 void SamplerVoiceLog::renderNextBlock (AudioBuffer<float>& outputBuffer, int startSample, int numSamples)
 {
-    auto* sound = dynamic_cast<SamplerSoundLog*> (getCurrentlyPlayingSound().get());
-
-    if (sound == nullptr || outputBuffer.getNumChannels() == 0)
+    if (playingSound == nullptr || outputBuffer.getNumChannels() == 0)
         return;
 
-    const auto length = sound->getLength();
-    const auto* audio = sound->getAudioData();
-
-    if (audio == nullptr)
+    if (playingSound->getAudioData() == nullptr)
     {
         // A sound without audio plays silence until its (empty) sample is over.
         stopNote (0.0f, false);
         return;
     }
 
-    const auto* inL = audio->getReadPointer (0);
-    const auto* inR = audio->getNumChannels() > 1 ? audio->getReadPointer (1) : nullptr;
-    const auto lastIndex = audio->getNumSamples() - 1;
+    auto* left = outputBuffer.getWritePointer (0, startSample);
+    auto* right = outputBuffer.getNumChannels() > 1 ? outputBuffer.getWritePointer (1, startSample) : nullptr;
+    float gains[maxStretch];
 
-    auto* outL = outputBuffer.getWritePointer (0, startSample);
-    auto* outR = outputBuffer.getNumChannels() > 1 ? outputBuffer.getWritePointer (1, startSample) : nullptr;
-
-    for (auto i = 0; i < numSamples; ++i)
+    while (numSamples > 0)
     {
-        const auto pos = (int) sourceSamplePosition;
-        const auto next = std::min (pos + 1, lastIndex);
-        const auto alpha = (float) (sourceSamplePosition - pos);
-        const auto invAlpha = 1.0f - alpha;
+        const auto length = (int) std::min<std::int64_t> ({ numSamples, maxStretch, noteLength - samplesPlayed });
 
-        auto l = inL[pos] * invAlpha + inL[next] * alpha;
-        auto r = inR != nullptr ? inR[pos] * invAlpha + inR[next] * alpha : l;
+        envelope.render (gains, length);
 
-        const auto gain = envelope.nextGain();
-        l *= gain * lgain;
-        r *= gain * rgain;
-
-        if (outR != nullptr)
+        if (! std::isfinite (envelope.envelopeValue))
         {
-            outL[i] += l;
-            outR[i] += r;
-        }
-        else
-        {
-            outL[i] += (l + r) * 0.5f;
+            silenceNonFiniteNote();
+            return;
         }
 
-        sourceSamplePosition += pitchRatio;
+        mixStretch (left, right, gains, length);
 
-        if (sourceSamplePosition > length)
+        // Positions are counted from the note's start, so that no rounding builds up.
+        samplesPlayed += length;
+        sourceSamplePosition = startPosition + (double) samplesPlayed * pitchRatio;
+
+        if (samplesPlayed == noteLength)
         {
             stopNote (0.0f, false);
-            break;
+            return;
         }
+
+        left += length;
+        right = right != nullptr ? right + length : nullptr;
+        numSamples -= length;
     }
+}
+
+std::int64_t SamplerVoiceLog::samplesUntilEnd() const noexcept
+{
+    // The sample at the read position is played; the note ends once the position,
+    // moved on by one step, is past the last sample.
+    const auto end = (double) playingSound->getLength();
+    const auto start = startPosition, step = pitchRatio;
+    const auto passed = [=] (std::int64_t k) { return start + (double) k * step > end; };
+
+    return StepSearch::firstStep (std::floor ((end - start) / step) + 1.0, passed);
+}
+
+void SamplerVoiceLog::mixStretch (float* left, float* right, const float* gains, int numSamples) const noexcept
+{
+    StretchMixer::mix ({ *playingSound->getAudioData(), sourceSamplePosition, pitchRatio, lgain, rgain },
+                       gains, left, right, numSamples);
 }
 
 } // namespace juce
