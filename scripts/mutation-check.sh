@@ -188,8 +188,9 @@ run_ctest() {
         --parallel "$jobs" "$@") >>"$log" 2>&1
 }
 
+# The first test that CTest reported as not passed, with how it ended.
 first_failure() {
-    sed -nE 's/^[[:space:]]*[0-9]+ - ([^ ]+) \((Failed|Timeout|SEGFAULT|Subprocess aborted|Exception|Child aborted|[A-Za-z ]+)\).*/\1 (\2)/p' "$1" | head -1
+    perl -ne 'if (/Test +#\d+: (.+?) \.*\*+(\w[\w ]*?)\s+[\d.]+ sec/) { print "$1 ($2)\n"; exit }' "$1"
 }
 
 mkdir -p "$build_dir"
