@@ -150,34 +150,3 @@ TEST_F (Editor, ADropKeepsTheAudioFilesInOrderAndAsksForAReload)
         EXPECT_EQ (processor.reloadRequested.load(), reload);
     }
 }
-
-TEST (EditorScreenshots, EmptyAndLoaded)
-{
-    // Pictures for a person to look at, in <build>/screenshots (the suite runs in <build>/tests).
-    const auto folder = juce::File::getSpecialLocation (juce::File::currentExecutableFile).getParentDirectory()
-                            .getSiblingFile ("screenshots");
-    folder.getChildFile ("samples").createDirectory();
-    Instrument instrument;
-    instrument.set ("curve", 1.0f / 9.0f);
-    instrument.set ("rndpitch", 0.12f);
-    instrument.set ("vel2vol", 0.6f);
-    const std::unique_ptr<juce::AudioProcessorEditor> editor (instrument.processor.createEditor());
-    juce::StringArray samples;
-
-    for (const auto& [name, frequency] : { std::pair { "Kick.wav", 55.0 }, { "Snare.wav", 180.0 }, { "HiHat.wav", 4000.0 } })
-        if (AudioFixtures::writeSine (folder.getChildFile ("samples").getChildFile (name), 44100.0, 1, 0.2, frequency))
-            samples.add (folder.getChildFile ("samples").getChildFile (name).getFullPathName());
-
-    for (const auto* picture : { "editor-empty.png", "editor-loaded.png" })
-    {
-        if (juce::String (picture) == "editor-loaded.png")
-        {
-            ASSERT_EQ (instrument.load (samples), 3);
-            dynamic_cast<SampivoEditor&> (*editor).timerCallback();
-        }
-
-        folder.getChildFile (picture).deleteFile();
-        juce::FileOutputStream stream (folder.getChildFile (picture));
-        ASSERT_TRUE (juce::PNGImageFormat().writeImageToStream (editor->createComponentSnapshot (editor->getLocalBounds()), stream));
-    }
-}

@@ -31,31 +31,3 @@ TEST (Processor, FourteenParametersInHostOrderWithTheirDefaultsAndTheBuses)
     layout.outputBuses.getReference (0) = juce::AudioChannelSet::mono();
     EXPECT_TRUE (processor.checkBusesLayoutSupported (layout));
 }
-
-TEST (Processor, TheLastNoteEventOfABlockDecidesWhetherANoteIsHeldAndItsSamplesAreCounted)
-{
-    Instrument instrument;
-    // Each row: a block's events and length, then the flag and the count after it.
-    const struct { std::vector<juce::MidiMessage> events; int samples; bool held; int count; } blocks[] {
-        { { juce::MidiMessage::noteOn (1, 60, 0.5f) }, 512, true, 512 },
-        { { juce::MidiMessage::controllerEvent (1, 7, 100), juce::MidiMessage::pitchWheel (1, 9000) }, 512, true, 1024 },
-        { { juce::MidiMessage::noteOff (1, 60), juce::MidiMessage::noteOn (2, 40, 0.1f) }, 100, true, 1124 },
-        { { juce::MidiMessage::noteOn (2, 40, 0.1f), juce::MidiMessage::noteOn (1, 60, (juce::uint8) 0) }, 512, false, 0 },
-        { {}, 512, false, 0 },
-    };
-
-    for (const auto& block : blocks)
-    {
-        juce::MidiBuffer midi;
-        for (const auto& event : block.events)
-            midi.addEvent (event, midi.getNumEvents() * 10);
-
-        juce::AudioBuffer<float> buffer (2, block.samples);
-        buffer.clear();
-        buffer.setSample (0, 0, 0.75f);   // whatever the host left there: the block clears it
-        instrument.processor.processBlock (buffer, midi);
-        EXPECT_EQ (buffer.getMagnitude (0, block.samples), 0.0f);
-        EXPECT_EQ (instrument.processor.noteHeld.load(), block.held);
-        EXPECT_EQ (instrument.processor.noteHeldSamples.load(), block.count);
-    }
-}

@@ -2,13 +2,8 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
 #include <iostream>
 #include <mutex>
-
-#if JUCE_LINUX
- #include <dlfcn.h>
-#endif
 
 namespace ReliabilityRig
 {
@@ -65,15 +60,6 @@ juce::String SamplePool::randomList (juce::Random& random) const
     return paths.joinIntoString ("\n");
 }
 
-void prepare (juce::AudioProcessor& processor, double rate, int blockSize, int channels)
-{
-    juce::AudioProcessor::BusesLayout layout;
-    layout.outputBuses.add (juce::AudioChannelSet::canonicalChannelSet (channels));
-    processor.setBusesLayout (layout);
-    processor.setRateAndBufferSizeDetails (rate, blockSize);
-    processor.prepareToPlay (rate, blockSize);
-}
-
 juce::AudioBuffer<float> render (juce::AudioProcessor& processor, int blockSize, juce::MidiBuffer midi)
 {
     juce::AudioBuffer<float> buffer (2, blockSize);
@@ -128,44 +114,16 @@ void LoopThread::stop()
 
 namespace
 {
-#if JUCE_LINUX
-/** Xvfb runs no window manager, so atoms such as WM_STATE don't exist, and JUCE's use of
-    them draws BadAtom errors that Xlib's default handler turns into an exit. Hosts (and
-    JUCE's standalone wrapper) ignore such errors; so does this, and it creates the atoms
-    on a connection that stays open, so that the server keeps them. */
-const auto xErrorTolerance = []
-{
-    auto* library = std::getenv ("DISPLAY") != nullptr ? dlopen ("libX11.so.6", RTLD_NOW | RTLD_LOCAL) : nullptr;
-    using ErrorHandler = int (*) (void*, void*);
-    auto* setHandler = library != nullptr ? reinterpret_cast<ErrorHandler (*) (ErrorHandler)> (dlsym (library, "XSetErrorHandler")) : nullptr;
-    auto* open = library != nullptr ? reinterpret_cast<void* (*) (const char*)> (dlsym (library, "XOpenDisplay")) : nullptr;
-    auto* intern = library != nullptr ? reinterpret_cast<unsigned long (*) (void*, const char*, int)> (dlsym (library, "XInternAtom")) : nullptr;
-    auto* display = setHandler != nullptr && open != nullptr && intern != nullptr ? open (nullptr) : nullptr;
-
-    if (display != nullptr)
-    {
-        setHandler ([] (void*, void*) { return 0; });
-
-        for (const auto* name : { "WM_PROTOCOLS", "WM_TAKE_FOCUS", "WM_DELETE_WINDOW", "_NET_WM_PING", "WM_CHANGE_STATE",
-                                  "WM_STATE", "_NET_WM_WINDOW_TYPE", "_NET_WM_STATE", "_NET_WM_STATE_HIDDEN", "_NET_WM_WINDOW_TYPE_NORMAL" })
-            intern (display, name, 0);
-    }
-
-    return display;
-}();
-#endif
-
-/** Opens the processor's editor on the desktop for a moment, when there is a display. */
+/** Opens the processor's editor, paints it into an image and runs the message loop
+    (its timer pushes the parameters into the sounds) for a moment, then closes it. */
 void openAndCloseEditor (juce::AudioProcessor& processor)
 {
     std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditorIfNeeded());
 
-    if (editor != nullptr && juce::Desktop::getInstance().getDisplays().getPrimaryDisplay() != nullptr)
-        editor->addToDesktop (juce::ComponentPeer::windowHasTitleBar);
+    if (editor != nullptr)
+        editor->createComponentSnapshot (editor->getLocalBounds());
 
     juce::MessageManager::getInstance()->runDispatchLoopUntil (10);
-    editor.reset();
-    juce::MessageManager::getInstance()->runDispatchLoopUntil (1);
 }
 } // namespace
 

@@ -39,9 +39,6 @@ private:
     std::vector<juce::File> pool;
 };
 
-/** Sets the output layout, rate and block size, and prepares the processor to play. */
-void prepare (juce::AudioProcessor& processor, double rate, int blockSize, int channels = 2);
-
 /** Renders one stereo block with the given events. */
 juce::AudioBuffer<float> render (juce::AudioProcessor& processor, int blockSize, juce::MidiBuffer midi = {});
 

@@ -12,7 +12,7 @@ constexpr int blockSize = 256;
 class Sharing : public testing::Test
 {
 protected:
-    Sharing() { prepare (processor, 48000.0, blockSize); }
+    Sharing() { Instrument::prepare (processor, 48000.0, blockSize); }
 
     const SamplePool pool;
     VantrelSampivoAudioProcessor processor;
@@ -41,46 +41,4 @@ TEST_F (Sharing, ADropDuringALoadIsServedByTheNextBlock)
     EXPECT_TRUE (processor.reloadRequested.load());
     render (processor, blockSize);
     EXPECT_EQ (loadedSounds (processor), (std::map<juce::String, int> { { pool.files().back().getFullPathName(), 60 } }));
-}
-
-TEST_F (Sharing, LoadsOnTwoThreadsNeverInterleaveAndPushesLeaveOneThreadsValues)
-{
-    // A program change loads on the host's thread while a drop loads on the audio thread.
-    // Were two loads to interleave, the list would hold more sounds than the file list.
-    processor.setStateProperty ("filenames", pool.list (12));
-    std::atomic<int> mostSeen { 0 };
-    {
-        LoopThread watcher ([&] { mostSeen = std::max (mostSeen.load(), processor.getNumLoadedSounds()); });
-        LoopThread audio ([&] { processor.reloadRequested = true; render (processor, blockSize); });
-
-        for (auto i = 0; i < 200; ++i)
-            processor.setCurrentProgram (0);
-    }
-
-    EXPECT_LE (mostSeen.load(), 12);
-    processor.setCurrentProgram (0);
-    Instrument::settle (processor);
-    ASSERT_EQ (processor.getNumLoadedSounds(), 12);
-
-    // The editor and the audio thread push at once; with no random variation both push
-    // the same values, which every sound holds afterwards: full volume is a gain of
-    // 10^(18/20) * 10, pan 1 is hard right, decay 0.5 is 0.25 s.
-    processor.randomOtherParam->setValueNotifyingHost (0.0f);
-    processor.volumeParam->setValueNotifyingHost (1.0f);
-    processor.panParam->setValueNotifyingHost (1.0f);
-    processor.decayParam->setValueNotifyingHost (0.5f);
-    {
-        LoopThread audio ([&] { render (processor, blockSize); });
-
-        for (auto i = 0; i < 2000; ++i)
-            processor.updateSoundParameters();
-    }
-
-    for (auto i = 0; i < processor.synth.getNumSounds(); ++i)
-    {
-        auto* sound = dynamic_cast<juce::SamplerSoundLog*> (processor.synth.getSound (i).get());
-        EXPECT_NEAR (sound->gain.load(), 79.4328f, 1.0e-3f);
-        EXPECT_EQ (sound->pan.load(), 1.0f);
-        EXPECT_EQ (sound->decay.load(), 0.25f);
-    }
 }

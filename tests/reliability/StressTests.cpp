@@ -82,12 +82,12 @@ TEST_P (ProcessorStress, RendersSafelyWhileTheHostActsOnEveryThread)
     juce::MemoryBlock saved;
 
     EXPECT_EQ (stressAtEveryRate (blockSize, secondsPerBlockSize,
-                                  [&] (double rate, int channels) -> juce::AudioProcessor& { prepare (processor, rate, blockSize, channels); return processor; },
+                                  [&] (double rate, int channels) -> juce::AudioProcessor& { Instrument::prepare (processor, rate, blockSize, channels); return processor; },
                                   [&] (juce::Random& random) { return hostAction (processor, pool, random, saved); }, [] (juce::Random&) {}),
                juce::String());
 
     // Afterwards the instrument still works: a drop loads and a note sounds.
-    prepare (processor, 48000.0, 512);
+    Instrument::prepare (processor, 48000.0, 512);
     for (auto* parameter : processor.getParameters())
         parameter->setValueNotifyingHost (parameter->getDefaultValue());
 

@@ -8,12 +8,7 @@
 
 namespace
 {
-/** Block sizes a host renders with, one after another. */
-struct SizesRow
-{
-    const char* name;
-    std::vector<int> sizes;
-};
+struct SizesRow { const char* name; std::vector<int> sizes; };   // block sizes a host renders with, in turn
 
 class SteadyStateAllocations : public testing::TestWithParam<SizesRow>
 {

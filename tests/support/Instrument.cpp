@@ -5,11 +5,16 @@
 Instrument::Instrument (double rate, int block, int outputChannels)
     : blockSize (block), channels (outputChannels)
 {
+    prepare (processor, rate, blockSize, channels);
+}
+
+void Instrument::prepare (juce::AudioProcessor& target, double rate, int block, int outputChannels)
+{
     juce::AudioProcessor::BusesLayout layout;
-    layout.outputBuses.add (juce::AudioChannelSet::canonicalChannelSet (channels));
-    processor.setBusesLayout (layout);
-    processor.setRateAndBufferSizeDetails (rate, blockSize);
-    processor.prepareToPlay (rate, blockSize);
+    layout.outputBuses.add (juce::AudioChannelSet::canonicalChannelSet (outputChannels));
+    target.setBusesLayout (layout);
+    target.setRateAndBufferSizeDetails (rate, block);
+    target.prepareToPlay (rate, block);
 }
 
 void Instrument::set (const juce::String& id, float normalisedValue)

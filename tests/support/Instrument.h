@@ -12,13 +12,12 @@
 class Instrument
 {
 public:
-    struct Note
-    {
-        int sample;
-        juce::MidiMessage message;
-    };
+    struct Note { int sample; juce::MidiMessage message; };
 
     explicit Instrument (double rate = 48000.0, int blockSize = 512, int outputChannels = 2);
+
+    /** Sets the output layout, rate and block size, and prepares the processor to play. */
+    static void prepare (juce::AudioProcessor& processor, double rate, int blockSize, int outputChannels = 2);
 
     /** Sets the normalised value of the parameter with this ID, as host automation does. */
     void set (const juce::String& id, float normalisedValue);
