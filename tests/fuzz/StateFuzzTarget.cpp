@@ -10,14 +10,11 @@
 
 #include "processor/VantrelSampivoAudioProcessor.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <map>
-#include <vector>
 
 namespace
 {
@@ -45,7 +42,6 @@ std::vector<std::pair<juce::String, juce::String>> savedAttributes (const juce::
 {
     const auto xml = juce::AudioProcessorVantrel::parseStateBlock (block.getData(), (int) block.getSize());
     check (xml != nullptr && xml->getTagName() == "settings", "a saved block reads back as a settings document");
-
     std::vector<std::pair<juce::String, juce::String>> attributes;
 
     for (auto i = 0; i < xml->getNumAttributes(); ++i)
@@ -55,65 +51,42 @@ std::vector<std::pair<juce::String, juce::String>> savedAttributes (const juce::
     return attributes;
 }
 
-class StateFuzzHarness
+struct Harness
 {
-public:
-    StateFuzzHarness()
-    {
-        processor.getStateInformation (baseline);
-    }
+    Harness() { processor.getStateInformation (baseline); }
 
-    void run (const uint8_t* data, size_t size)
+    void run (const uint8_t* data, int size)
     {
         // Every input starts from the same fresh state, so a crash replays on its own.
         processor.setStateInformation (baseline.getData(), (int) baseline.getSize());
-
         const auto valuesBefore = parameterValues (processor);
         const auto propertiesBefore = processor.getStatePropertiesSnapshot();
-        primeFlags();
+        processor.controlsNeedUpdate = false;
+        processor.sampleCounter = 12345;
+        processor.stateChanged = false;
 
-        const auto sizeInBytes = (int) std::min (size, (size_t) std::numeric_limits<int>::max());
-        processor.setStateInformation (data, sizeInBytes);
+        processor.setStateInformation (data, size);
+        check (processor.controlsNeedUpdate && processor.sampleCounter == 0 && processor.stateChanged,
+               "a restore sets the three restore flags");
 
-        check (processor.controlsNeedUpdate.load(), "controlsNeedUpdate is set after a restore");
-        check (processor.sampleCounter.load() == 0, "sampleCounter is 0 after a restore");
-        check (processor.stateChanged.load(), "stateChanged is set after a restore");
-
-        const auto values = parameterValues (processor);
-
-        for (const auto value : values)
+        for (const auto value : parameterValues (processor))
             check (value >= 0.0f && value <= 1.0f, "parameters stay within 0 to 1");
 
-        const auto xml = juce::AudioProcessorVantrel::parseStateBlock (data, sizeInBytes);
+        if (const auto xml = juce::AudioProcessorVantrel::parseStateBlock (data, size); xml == nullptr || ! xml->hasTagName ("settings"))
+            check (parameterValues (processor) == valuesBefore && processor.getStatePropertiesSnapshot() == propertiesBefore,
+                   "a rejected block leaves parameters and properties alone");
 
-        if (xml == nullptr || ! xml->hasTagName ("settings"))
-        {
-            check (values == valuesBefore, "a rejected block leaves the parameters alone");
-            check (processor.getStatePropertiesSnapshot() == propertiesBefore,
-                   "a rejected block leaves the properties alone");
-        }
-
-        juce::MemoryBlock first;
+        juce::MemoryBlock first, second;
         processor.getStateInformation (first);
         const auto valuesSaved = parameterValues (processor);
-
         processor.setStateInformation (first.getData(), (int) first.getSize());
 
         for (size_t i = 0; i < valuesSaved.size(); ++i)
             check (std::abs (processor.getParameters()[(int) i]->getValue() - valuesSaved[i]) <= 0.00005f + 1.0e-6f,
                    "a saved value restores to within the four decimals it was written with");
 
-        juce::MemoryBlock second;
         processor.getStateInformation (second);
         check (savedAttributes (first) == savedAttributes (second), "save, restore and save again is stable");
-    }
-
-private:
-    void primeFlags()
-    {
-        processor.controlsNeedUpdate.store (false);
-        processor.sampleCounter.store (12345);
-        processor.stateChanged.store (false);
     }
 
     VantrelSampivoAudioProcessor processor;
@@ -123,7 +96,7 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput (const uint8_t* data, size_t size)
 {
-    static StateFuzzHarness harness;
-    harness.run (data, size);
+    static Harness harness;
+    harness.run (data, (int) std::min (size, (size_t) std::numeric_limits<int>::max()));
     return 0;
 }

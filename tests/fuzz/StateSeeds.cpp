@@ -2,55 +2,27 @@
 
 #include "processor/VantrelSampivoAudioProcessor.h"
 
-namespace
-{
-juce::MemoryBlock saveState (VantrelSampivoAudioProcessor& processor)
-{
-    juce::MemoryBlock block;
-    processor.getStateInformation (block);
-    return block;
-}
-
-juce::MemoryBlock wrapText (const juce::String& text)
-{
-    juce::MemoryBlock block;
-
-    if (auto xml = juce::parseXML (text))
-        juce::AudioProcessor::copyXmlToBinary (*xml, block);
-
-    return block;
-}
-} // namespace
-
 std::vector<juce::MemoryBlock> StateSeeds::makeSeeds()
 {
-    std::vector<juce::MemoryBlock> seeds;
+    std::vector<juce::MemoryBlock> seeds (6);
+    VantrelSampivoAudioProcessor fresh, moved, windows;
+    fresh.getStateInformation (seeds[0]);
 
-    {
-        VantrelSampivoAudioProcessor processor;
-        seeds.push_back (saveState (processor));
+    auto step = 0;
+    for (auto* parameter : moved.getParameters())
+        parameter->setValue (0.0625f * (float) ++step);
 
-        auto step = 0;
+    moved.setStateProperty ("filenames", juce::String::fromUTF8 ("/samples/kick one.wav\n/samples/Gr\xc3\xbc\xc3\x9f" "e/snare.aiff\n"
+                                                                "/samples/\"odd\nname\".flac"));
+    moved.getStateInformation (seeds[1]);
+    windows.setStateProperty ("extra", "1");
+    windows.setStateProperty ("filenames", "C:\\Samples\\kick.wav\nC:\\Samples\\snare.wav");
+    windows.getStateInformation (seeds[2]);
 
-        for (auto* parameter : processor.getParameters())
-            parameter->setValue (0.0625f * (float) ++step);
-
-        processor.setStateProperty ("filenames", juce::String::fromUTF8 ("/samples/kick one.wav\n"
-                                                                         "/samples/Gr\xc3\xbc\xc3\x9f\x65/snare.aiff\n"
-                                                                         "/samples/\"odd\nname\".flac"));
-        seeds.push_back (saveState (processor));
-    }
-
-    {
-        VantrelSampivoAudioProcessor processor;
-        processor.setStateProperty ("extra", "1");
-        processor.setStateProperty ("filenames", "C:\\Samples\\kick.wav\nC:\\Samples\\snare.wav");
-        seeds.push_back (saveState (processor));
-    }
-
-    seeds.push_back (wrapText ("<SETTINGS volume=\"1.7\" pan=\"-3\" attack=\"abc\" msec=\"1\" extra=\"x\"/>"));
-    seeds.push_back (wrapText ("<settings volume=\"0.25\"><child a=\"1\">text</child></settings>"));
-    seeds.push_back (wrapText ("<other volume=\"0.1\"/>"));
+    const char* documents[] { "<SETTINGS volume=\"1.7\" pan=\"-3\" attack=\"abc\" msec=\"1\" extra=\"x\"/>",
+                              "<settings volume=\"0.25\"><child a=\"1\">text</child></settings>", "<other volume=\"0.1\"/>" };
+    for (auto i = 0; i < 3; ++i)
+        juce::AudioProcessor::copyXmlToBinary (*juce::parseXML (juce::String (documents[i])), seeds[(size_t) i + 3]);
 
     return seeds;
 }
@@ -58,11 +30,9 @@ std::vector<juce::MemoryBlock> StateSeeds::makeSeeds()
 int StateSeeds::writeSeeds (const juce::File& folder)
 {
     folder.createDirectory();
-
-    const auto seeds = makeSeeds();
     auto index = 0;
 
-    for (const auto& seed : seeds)
+    for (const auto& seed : makeSeeds())
         folder.getChildFile ("seed-" + juce::String (index++).paddedLeft ('0', 2) + ".bin").replaceWithData (seed.getData(), seed.getSize());
 
     return index;

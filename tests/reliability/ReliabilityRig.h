@@ -1,33 +1,26 @@
 #pragma once
 
 #include "support/AudioFixtures.h"
-
-#include "processor/VantrelSampivoAudioProcessor.h"
+#include "support/Instrument.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include <atomic>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <thread>
-#include <vector>
 
-/** Pieces shared by the sharing, stress and hostile-input tests: a pool of sample files,
-    random host behaviour, the checks applied to every rendered block, and the threads
-    that run it all at once. */
+/** Pieces shared by the stress, sharing and hostile-input tests. */
 namespace ReliabilityRig
 {
-/** Peak amplitude of the sample files in the pool. */
-constexpr float poolAmplitude = 0.5f;
+/** The largest magnitude the instrument can output for sources that peak at sourcePeak:
+    128 voices at full volume and velocity, the largest random level, panned hard. */
+float outputBound (float sourcePeak = 1.0f);
 
-/** The largest magnitude the instrument can output for sources that peak at
-    sourcePeak, worked out from the gain law: every one of the 128 voices at full volume,
-    full velocity with the largest random level, panned hard to one side. */
-float outputBound (float sourcePeak);
+/** The first fault of a block (NaN, infinity, a sample beyond bound), or an empty string. */
+juce::String checkBlock (const juce::AudioBuffer<float>& buffer, float bound = outputBound());
 
-/** A folder of small generated sample files in every readable format the instrument
-    accepts, mono and stereo, at several rates. */
+/** Small generated sample files in every readable format, mono and stereo, at several rates. */
 class SamplePool
 {
 public:
@@ -39,65 +32,34 @@ public:
     juce::String list (int count) const;
 
     /** A random drop of one to six files, sometimes with a path that does not exist. */
-    juce::String randomFileList (juce::Random& random) const;
+    juce::String randomList (juce::Random& random) const;
 
 private:
     AudioFixtures::TempFolder temp;
     std::vector<juce::File> pool;
 };
 
-/** Sets the output layout, rate and block size, and prepares the processor to play. */
-void prepare (juce::AudioProcessor& processor, double rate, int blockSize, int channels = 2);
-
-/** Stores a file list as the editor's drop does; the next block loads it. */
-void drop (VantrelSampivoAudioProcessor& processor, const juce::String& list);
-
-/** Renders one stereo block of blockSize samples with the given events. */
+/** Renders one stereo block with the given events. */
 juce::AudioBuffer<float> render (juce::AudioProcessor& processor, int blockSize, juce::MidiBuffer midi = {});
 
-/** A block's events: a note-on at full velocity for each of the notes, at its start. */
-juce::MidiBuffer noteOns (std::initializer_list<int> notes);
+/** Note-ons at full velocity at the start of a block, for the given keys. */
+juce::MidiBuffer noteOns (std::initializer_list<int> keys);
 
-/** The loaded sounds by name, with their root notes (60 minus the index in the list). */
+/** The loaded sounds by name, with their root notes. */
 std::map<juce::String, int> loadedSounds (VantrelSampivoAudioProcessor& processor);
 
-/** Note-ons and note-offs at random positions of a block, on random keys and velocities. */
-juce::MidiBuffer randomNotes (juce::Random& random, int numSamples, int maxEvents);
-
-/** Sets every given parameter to a random value, notifying the host, as automation
-    does; the extremes, where clamps and curves break, come up often. */
+/** Every given parameter to a random value, as automation does; the extremes come up often. */
 void automateAtRandom (const juce::Array<juce::AudioProcessorParameter*>& parameters, juce::Random& random);
-
-/** The first fault found in a rendered block (NaN, infinity, or a sample beyond bound),
-    or an empty string. */
-juce::String checkBlock (const juce::AudioBuffer<float>& buffer, float bound);
-
-/** Collects the first failure reported by any thread. */
-class FailureLog
-{
-public:
-    void report (const juce::String& failure);
-    juce::String first() const;
-    bool any() const;
-
-private:
-    mutable std::mutex lock;
-    juce::String firstFailure;
-    std::atomic<bool> failed { false };
-};
 
 /** Runs body over and over on a thread of its own until stopped or destroyed. */
 class LoopThread
 {
 public:
     explicit LoopThread (std::function<void()> body);
-    ~LoopThread();
+    ~LoopThread() { stop(); }
 
     void stop();
     long iterations() const noexcept { return count.load(); }
-
-    /** Waits until body has run another n times. */
-    void waitFor (long n) const;
 
 private:
     std::atomic<bool> running { true };
@@ -105,23 +67,12 @@ private:
     std::thread thread;
 };
 
-/** What a stress run did, summed over its rates. */
-struct StressCounts
-{
-    long blocks = 0, sideActions = 0, messageActions = 0;
-};
-
-/** Stresses one block size at every rate from 22050 to 192000 Hz for seconds in all.
-    Per rate, setUp (rate, channels) returns the prepared target; one thread renders
-    random notes into it and checks every block, another runs sideAction over and over,
-    and this (the message) thread runs messageAction and opens and closes the editor
-    until the rate's share of the time is up. */
-StressCounts stressAtEveryRate (int blockSize, double seconds,
-                                const std::function<juce::AudioProcessor& (double rate, int channels)>& setUp,
-                                const std::function<void (juce::Random&)>& sideAction,
-                                const std::function<void (juce::Random&)>& messageAction, FailureLog& failures);
-
-/** Opens the processor's editor on the desktop (when there is a display), lets the
-    message loop run for a moment, and closes it again. Message thread only. */
-void openAndCloseEditor (juce::AudioProcessor& processor, int millisecondsOpen);
+/** Stresses one block size at every rate from 22050 to 192000 Hz, for seconds in all.
+    Per rate, setUp (rate, channels) returns the prepared target; one thread renders random
+    notes into it and checks every block, another runs sideAction over and over, and this
+    (the message) thread runs messageAction and opens and closes the editor. Returns the
+    first fault found, or an empty string, and prints what was done. */
+juce::String stressAtEveryRate (int blockSize, double seconds, const std::function<juce::AudioProcessor& (double, int)>& setUp,
+                                const std::function<juce::String (juce::Random&)>& sideAction,
+                                const std::function<void (juce::Random&)>& messageAction);
 } // namespace ReliabilityRig

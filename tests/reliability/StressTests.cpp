@@ -1,3 +1,5 @@
+// Long runs with every thread busy at once, at every rate and at four block sizes: the
+// processor directly, and the built bundle through JUCE's VST3 wrapper.
 #include "reliability/ReliabilityRig.h"
 
 #include "common/PluginBundle.h"
@@ -12,104 +14,61 @@ namespace
 {
 constexpr auto secondsPerBlockSize = 3.0;
 
-/** A saved state of the hosted instrument with the given file list in place of its own,
-    built from a state the host saved, so that only the list differs. JUCE's VST3 host
-    keeps the component's state as base64 text of an "IComponent" element; inside it is
-    the instrument's own settings document, followed by whatever the VST3 wrapper
-    appends, which is kept as it is. */
-juce::MemoryBlock withFileList (const juce::MemoryBlock& saved, const juce::String& fileList)
-{
-    auto head = juce::AudioProcessor::getXmlFromBinary (saved.getData(), (int) saved.getSize());
-    auto* component = head != nullptr ? head->getChildByName ("IComponent") : nullptr;
-    juce::MemoryBlock componentState;
-
-    if (component == nullptr || ! componentState.fromBase64Encoding (component->getAllSubText())
-        || componentState.getSize() < 9)
-        return saved;
-
-    auto settings = juce::AudioProcessor::getXmlFromBinary (componentState.getData(), (int) componentState.getSize());
-
-    if (settings == nullptr)
-        return saved;
-
-    const auto* bytes = static_cast<const char*> (componentState.getData());
-    const auto textLength = (size_t) juce::ByteOrder::littleEndianInt (bytes + 4);
-    const auto tailStart = std::min (componentState.getSize(), 8 + textLength + 1);
-
-    settings->setAttribute ("filenames", fileList);
-    juce::MemoryBlock rewritten;
-    juce::AudioProcessor::copyXmlToBinary (*settings, rewritten);
-    rewritten.append (bytes + tailStart, componentState.getSize() - tailStart);
-    component->deleteAllTextElements();
-    component->addTextElement (rewritten.toBase64Encoding());
-
-    juce::MemoryBlock result;
-    juce::AudioProcessor::copyXmlToBinary (*head, result);
-    return result;
-}
-
-/** Replaces the hosted instrument's file list through a save and a restore, as a host
-    reopening a project does. */
+/** Restores the hosted instrument with another file list, as a host reopening a project
+    does. JUCE's VST3 host keeps the component's state as base64 text of an "IComponent"
+    element: the settings block, then whatever the wrapper appends, kept as it is. */
 void restoreWithList (juce::AudioProcessor& instance, const juce::String& list)
 {
-    juce::MemoryBlock saved;
+    juce::MemoryBlock saved, component, rewritten, result;
     instance.getStateInformation (saved);
-    const auto restored = withFileList (saved, list);
-    instance.setStateInformation (restored.getData(), (int) restored.getSize());
+    auto head = juce::AudioProcessor::getXmlFromBinary (saved.getData(), (int) saved.getSize());
+    auto* element = head != nullptr ? head->getChildByName ("IComponent") : nullptr;
+
+    if (element == nullptr || ! component.fromBase64Encoding (element->getAllSubText()))
+        throw std::runtime_error ("no component state");
+
+    auto settings = juce::AudioProcessor::getXmlFromBinary (component.getData(), (int) component.getSize());
+    const auto tail = std::min (component.getSize(), 9 + (size_t) juce::ByteOrder::littleEndianInt (juce::addBytesToPointer (component.getData(), 4)));
+    settings->setAttribute ("filenames", list);
+    juce::AudioProcessor::copyXmlToBinary (*settings, rewritten);
+    rewritten.append (static_cast<const char*> (component.getData()) + tail, component.getSize() - tail);
+    element->deleteAllTextElements();
+    element->addTextElement (rewritten.toBase64Encoding());
+    juce::AudioProcessor::copyXmlToBinary (*head, result);
+    instance.setStateInformation (result.getData(), (int) result.getSize());
 }
 
-std::unique_ptr<juce::AudioPluginInstance> loadInstance (double rate, int blockSize)
+/** What a host does to the processor while it plays: automation, saves (which must be
+    whole) and restores, restores of garbage, drops, editor pushes and program changes. */
+juce::String hostAction (VantrelSampivoAudioProcessor& processor, const SamplePool& pool, juce::Random& random, juce::MemoryBlock& saved)
 {
-    juce::String error;
-    auto instance = PluginBundle::load (PluginBundle::bundleFromEnvironment(), rate, blockSize, error);
-    EXPECT_NE (instance, nullptr) << error;
-    return instance;
-}
+    juce::MemoryBlock junk ((size_t) random.nextInt (64));
+    random.fillBitsRandomly (junk.getData(), junk.getSize());
 
-/** What a host does to the processor while it plays: automation, saves and restores
-    (sometimes of garbage), drops, editor refreshes and program changes. */
-void hostAction (VantrelSampivoAudioProcessor& processor, const SamplePool& pool, juce::Random& random,
-                 juce::MemoryBlock& lastSaved)
-{
     switch (random.nextInt (10))
     {
-        case 0: processor.getStateInformation (lastSaved); break;
-        case 1:
-            if (lastSaved.getSize() > 0)
-                processor.setStateInformation (lastSaved.getData(), (int) lastSaved.getSize());
+        case 0:
+            processor.getStateInformation (saved);
+            if (const auto xml = juce::AudioProcessor::getXmlFromBinary (saved.getData(), (int) saved.getSize());
+                xml == nullptr || ! xml->hasAttribute ("msec") || ! xml->hasAttribute ("pluginversion"))
+                return "a save written during playback is not whole";
             break;
-
-        case 2:
-        {
-            // A restore of random bytes must change nothing and hurt nothing.
-            juce::MemoryBlock junk ((size_t) random.nextInt (64));
-            random.fillBitsRandomly (junk.getData(), junk.getSize());
-            processor.setStateInformation (junk.getData(), (int) junk.getSize());
-            break;
-        }
-
-        case 3:
-        case 4: drop (processor, pool.randomFileList (random)); break;
-
-        case 5:
-            // The editor's knob movement and its timer push the values into the sounds.
-            processor.controlsNeedUpdate = true;
-            processor.controlCounter = 0;
-            processor.updateSoundParameters();
-            juce::ignoreUnused (processor.getNumLoadedSounds(), processor.getSampleLoadStatus(),
-                                processor.isLoadingSamples.load(), processor.getStateProperty ("filenames"));
-            break;
-
-        case 6:
-            if (random.nextInt (20) == 0)
-                processor.setCurrentProgram (0);
-            break;
-
+        case 1: processor.setStateInformation (saved.getData(), (int) saved.getSize()); break;
+        case 2: processor.setStateInformation (junk.getData(), (int) junk.getSize()); break;
+        case 3: case 4: Instrument::drop (processor, pool.randomList (random)); break;
+        case 5: processor.controlsNeedUpdate = true; processor.updateSoundParameters(); break;
+        case 6: if (random.nextInt (20) == 0) processor.setCurrentProgram (0); break;
         default: automateAtRandom (processor.getParameters(), random); break;
     }
 
     std::this_thread::yield();
+    return {};
 }
+
+struct BlockSizeName
+{
+    std::string operator() (const testing::TestParamInfo<int>& info) const { return "Block" + std::to_string (info.param); }
+};
 
 class ProcessorStress : public testing::TestWithParam<int> {};
 class HostStress : public testing::TestWithParam<int> {};
@@ -120,34 +79,21 @@ TEST_P (ProcessorStress, RendersSafelyWhileTheHostActsOnEveryThread)
     const auto blockSize = GetParam();
     const SamplePool pool;
     VantrelSampivoAudioProcessor processor;
-    juce::MemoryBlock lastSaved;
-    FailureLog failures;
+    juce::MemoryBlock saved;
 
-    const auto counts = stressAtEveryRate (
-        blockSize, secondsPerBlockSize,
-        [&] (double rate, int channels) -> juce::AudioProcessor&
-        {
-            prepare (processor, rate, blockSize, channels);
-            return processor;
-        },
-        [&] (juce::Random& random) { hostAction (processor, pool, random, lastSaved); }, [] (juce::Random&) {}, failures);
-
-    EXPECT_FALSE (failures.any()) << failures.first();
-    EXPECT_GT (counts.sideActions, 0);
-    EXPECT_GT (counts.messageActions, 0);
-    std::cout << "block size " << blockSize << ": " << counts.blocks << " blocks, " << counts.sideActions
-              << " host actions, " << counts.messageActions << " editors opened" << std::endl;
+    EXPECT_EQ (stressAtEveryRate (blockSize, secondsPerBlockSize,
+                                  [&] (double rate, int channels) -> juce::AudioProcessor& { Instrument::prepare (processor, rate, blockSize, channels); return processor; },
+                                  [&] (juce::Random& random) { return hostAction (processor, pool, random, saved); }, [] (juce::Random&) {}),
+               juce::String());
 
     // Afterwards the instrument still works: a drop loads and a note sounds.
-    prepare (processor, 48000.0, 512);
+    Instrument::prepare (processor, 48000.0, 512);
     for (auto* parameter : processor.getParameters())
         parameter->setValueNotifyingHost (parameter->getDefaultValue());
 
-    drop (processor, pool.list (1));
-    const auto buffer = render (processor, 512, noteOns ({ 60 }));
-    EXPECT_EQ (processor.getNumLoadedSounds(), 1);
-    EXPECT_GT (buffer.getMagnitude (0, 512), 0.01f);
-    EXPECT_EQ (checkBlock (buffer, outputBound (1.0f)), juce::String());
+    Instrument::drop (processor, pool.list (1));
+    Instrument::settle (processor);
+    EXPECT_GT (render (processor, 512, noteOns ({ 60 })).getMagnitude (0, 512), 0.01f);
 }
 
 TEST_P (HostStress, BundleRendersSafelyWhileAutomatedSavedRestoredAndEdited)
@@ -156,56 +102,44 @@ TEST_P (HostStress, BundleRendersSafelyWhileAutomatedSavedRestoredAndEdited)
     const SamplePool pool;
     std::unique_ptr<juce::AudioPluginInstance> instance;
     juce::Array<juce::AudioProcessorParameter*> parameters;
-    FailureLog failures;
+    juce::String error;
+    const auto load = [&] (double rate, int block)
+    {
+        if ((instance = PluginBundle::load (PluginBundle::bundleFromEnvironment(), rate, block, error)) == nullptr)
+            throw std::runtime_error (("the bundle did not load: " + error).toStdString());
+    };
 
-    // Each rate gets a fresh instance, as when a project is reopened: the restored list
-    // is loaded by prepareToPlay and again by the first block. Automation comes from a
-    // thread of its own, as a host's automation playback does; saving, restoring (with
-    // other file lists) and the editor belong to the message thread.
-    const auto counts = stressAtEveryRate (
-        blockSize, secondsPerBlockSize,
-        [&] (double rate, int) -> juce::AudioProcessor&
-        {
-            instance = loadInstance (rate, blockSize);
+    // A fresh instance per rate, as when a project is reopened; automation from a
+    // thread of its own, as a host's automation playback; restores with other file
+    // lists and the editor on the message thread.
+    EXPECT_EQ (stressAtEveryRate (blockSize, secondsPerBlockSize,
+                                  [&] (double rate, int) -> juce::AudioProcessor&
+                                  {
+                                      load (rate, blockSize);
+                                      juce::Random random (blockSize);
+                                      restoreWithList (*instance, pool.randomList (random));
+                                      instance->prepareToPlay (rate, blockSize);
+                                      parameters = instance->getParameters();
+                                      parameters.removeFirstMatchingValue (instance->getBypassParameter());
+                                      return *instance;
+                                  },
+                                  [&] (juce::Random& random)
+                                  {
+                                      automateAtRandom (parameters, random);
+                                      std::this_thread::sleep_for (std::chrono::microseconds (200));
+                                      return juce::String();
+                                  },
+                                  [&] (juce::Random& random) { restoreWithList (*instance, pool.randomList (random)); }),
+               juce::String());
 
-            if (instance == nullptr)
-                throw std::runtime_error ("the bundle did not load");
-
-            juce::Random random (blockSize);
-            restoreWithList (*instance, pool.randomFileList (random));
-            instance->setRateAndBufferSizeDetails (rate, blockSize);
-            instance->prepareToPlay (rate, blockSize);
-
-            // The instrument's own fourteen parameters; VST3 adds a bypass of its own.
-            parameters = instance->getParameters();
-            parameters.removeFirstMatchingValue (instance->getBypassParameter());
-            EXPECT_EQ (parameters.size(), 14);
-            return *instance;
-        },
-        [&] (juce::Random& random)
-        {
-            automateAtRandom (parameters, random);
-            std::this_thread::sleep_for (std::chrono::microseconds (200));
-        },
-        [&] (juce::Random& random) { restoreWithList (*instance, pool.randomFileList (random)); }, failures);
-
-    EXPECT_FALSE (failures.any()) << failures.first();
-    EXPECT_GT (counts.sideActions, 0);
-    EXPECT_GT (counts.messageActions, 0);
-    std::cout << "block size " << blockSize << ": " << counts.blocks << " blocks, " << counts.sideActions
-              << " automation passes, " << counts.messageActions << " restores and editors" << std::endl;
-
-    // A reopened project plays: the restored list's one file answers on every key.
-    instance = loadInstance (44100.0, 512);
-    ASSERT_NE (instance, nullptr);
+    // A reopened project plays: the restored list's one file answers on key 60.
+    load (44100.0, 512);
     restoreWithList (*instance, pool.list (1));
     instance->prepareToPlay (44100.0, 512);
-    const auto buffer = render (*instance, 512, noteOns ({ 60 }));
-    EXPECT_GT (buffer.getMagnitude (0, 512), 0.01f);
-    EXPECT_EQ (checkBlock (buffer, outputBound (1.0f)), juce::String());
+    Instrument::settle (*instance);
+    EXPECT_GT (render (*instance, 512, noteOns ({ 60 })).getMagnitude (0, 512), 0.01f);
     instance->releaseResources();
 }
 
-// Empty instantiation names keep the tests' names as "ProcessorStress.<test>/<n>".
-INSTANTIATE_TEST_SUITE_P (, ProcessorStress, testing::Values (1, 17, 512, 4096));
-INSTANTIATE_TEST_SUITE_P (, HostStress, testing::Values (1, 17, 512, 4096));
+INSTANTIATE_TEST_SUITE_P (, ProcessorStress, testing::Values (1, 17, 512, 4096), BlockSizeName());
+INSTANTIATE_TEST_SUITE_P (, HostStress, testing::Values (1, 17, 512, 4096), BlockSizeName());

@@ -1,11 +1,9 @@
 #include "reliability_alloc/AllocationCounter.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
-#include <new>
 
 namespace
 {
@@ -60,46 +58,18 @@ void* __libc_realloc (void*, std::size_t);
 void* __libc_memalign (std::size_t, std::size_t);
 void __libc_free (void*);
 
-void* malloc (std::size_t size)
-{
-    noteAllocation();
-    return __libc_malloc (size);
-}
-
-void* calloc (std::size_t count, std::size_t size)
-{
-    noteAllocation();
-    return __libc_calloc (count, size);
-}
-
-void* realloc (void* pointer, std::size_t size)
-{
-    noteAllocation();
-    return __libc_realloc (pointer, size);
-}
-
-void* memalign (std::size_t alignment, std::size_t size)
-{
-    noteAllocation();
-    return __libc_memalign (alignment, size);
-}
-
-void* aligned_alloc (std::size_t alignment, std::size_t size)
-{
-    noteAllocation();
-    return __libc_memalign (alignment, size);
-}
+void* malloc (std::size_t size)                                   { noteAllocation(); return __libc_malloc (size); }
+void* calloc (std::size_t count, std::size_t size)                { noteAllocation(); return __libc_calloc (count, size); }
+void* realloc (void* pointer, std::size_t size)                   { noteAllocation(); return __libc_realloc (pointer, size); }
+void* memalign (std::size_t alignment, std::size_t size)          { noteAllocation(); return __libc_memalign (alignment, size); }
+void* aligned_alloc (std::size_t alignment, std::size_t size)     { noteAllocation(); return __libc_memalign (alignment, size); }
 
 int posix_memalign (void** result, std::size_t alignment, std::size_t size)
 {
     noteAllocation();
     auto* pointer = __libc_memalign (alignment, size);
-
-    if (pointer == nullptr)
-        return ENOMEM;
-
-    *result = pointer;
-    return 0;
+    *result = pointer != nullptr ? pointer : *result;
+    return pointer != nullptr ? 0 : ENOMEM;
 }
 
 void free (void* pointer)
@@ -118,47 +88,8 @@ void installHooks() {}
 
 #endif
 
-//==============================================================================
-// operator new and delete go through malloc and free, where they are counted.
-namespace
-{
-void* allocateOrThrow (std::size_t size)
-{
-    if (auto* pointer = std::malloc (size == 0 ? 1 : size))
-        return pointer;
-
-    throw std::bad_alloc();
-}
-
-void* allocateAlignedOrThrow (std::size_t size, std::align_val_t alignment)
-{
-    void* pointer = nullptr;
-
-    if (posix_memalign (&pointer, std::max (sizeof (void*), static_cast<std::size_t> (alignment)),
-                        size == 0 ? 1 : size) == 0)
-        return pointer;
-
-    throw std::bad_alloc();
-}
-} // namespace
-
-void* operator new (std::size_t size)                                         { return allocateOrThrow (size); }
-void* operator new[] (std::size_t size)                                       { return allocateOrThrow (size); }
-void* operator new (std::size_t size, const std::nothrow_t&) noexcept          { return std::malloc (size == 0 ? 1 : size); }
-void* operator new[] (std::size_t size, const std::nothrow_t&) noexcept        { return std::malloc (size == 0 ? 1 : size); }
-void* operator new (std::size_t size, std::align_val_t alignment)             { return allocateAlignedOrThrow (size, alignment); }
-void* operator new[] (std::size_t size, std::align_val_t alignment)           { return allocateAlignedOrThrow (size, alignment); }
-
-void operator delete (void* pointer) noexcept                                  { std::free (pointer); }
-void operator delete[] (void* pointer) noexcept                                { std::free (pointer); }
-void operator delete (void* pointer, std::size_t) noexcept                     { std::free (pointer); }
-void operator delete[] (void* pointer, std::size_t) noexcept                   { std::free (pointer); }
-void operator delete (void* pointer, const std::nothrow_t&) noexcept           { std::free (pointer); }
-void operator delete[] (void* pointer, const std::nothrow_t&) noexcept         { std::free (pointer); }
-void operator delete (void* pointer, std::align_val_t) noexcept                { std::free (pointer); }
-void operator delete[] (void* pointer, std::align_val_t) noexcept              { std::free (pointer); }
-void operator delete (void* pointer, std::size_t, std::align_val_t) noexcept   { std::free (pointer); }
-void operator delete[] (void* pointer, std::size_t, std::align_val_t) noexcept { std::free (pointer); }
+// operator new and delete need no replacing: the C++ library's own call malloc and free,
+// and the definitions above take their place in every library of the process.
 
 //==============================================================================
 namespace AllocationCounter

@@ -2,11 +2,11 @@
 
 /** Counts heap allocations and frees made by one thread between start() and stop().
 
-    This suite's binary replaces the global operator new and delete and, in a plain
-    build, malloc and its relatives (forwarding to the C library's allocator), so that
-    nothing that reaches the heap goes unseen: JUCE's containers, std::function, C code
-    in the codecs. Under AddressSanitizer or ThreadSanitizer the sanitizer owns malloc,
-    and its allocation hooks are used instead.
+    In a plain build this suite's binary replaces malloc and its relatives (forwarding to
+    the C library's allocator), which operator new and delete call, so that nothing that
+    reaches the heap goes unseen: JUCE's containers, std::function, C code in the codecs.
+    Under AddressSanitizer or ThreadSanitizer the sanitizer owns malloc, and its
+    allocation hooks are used instead.
 */
 namespace AllocationCounter
 {

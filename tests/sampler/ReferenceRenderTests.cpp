@@ -1,8 +1,9 @@
 // A note rendered by the instrument against the same note worked out from the rules in
 // double precision, one sample at a time, by code that shares nothing with the engine.
 
-#include "processor/VantrelSampivoAudioProcessor.h"
 #include "support/AudioFixtures.h"
+#include "support/Instrument.h"
+#include "support/RowName.h"
 
 #include <gtest/gtest.h>
 
@@ -175,52 +176,22 @@ std::vector<std::vector<double>> referenceRender (const NoteCase& c)
 
 juce::AudioBuffer<float> engineRender (const NoteCase& c, const juce::File& file)
 {
-    VantrelSampivoAudioProcessor processor;
-
-    if (c.outputChannels == 1)
-    {
-        juce::AudioProcessor::BusesLayout layout;
-        layout.outputBuses.add (juce::AudioChannelSet::mono());
-        processor.setBusesLayout (layout);
-    }
+    Instrument instrument (hostRate, blockSize, c.outputChannels);
+    instrument.steady();
 
     const std::pair<const char*, float> settings[] = {
         { "volume", c.volume }, { "pan", c.pan }, { "attack", c.attack }, { "decay", c.decay },
         { "sustain", c.sustain }, { "release", c.release }, { "curve", (float) c.curve / 9.0f },
-        { "rndpitch", 0.0f }, { "rnddecay", 0.0f }, { "vel2vol", c.velToVolume }, { "vel2offs", c.velToOffset },
-        { "vel2prob", 0.0f }, { "probabl", 1.0f }, { "msec", c.milliseconds ? 1.0f : 0.0f },
+        { "vel2vol", c.velToVolume }, { "vel2offs", c.velToOffset }, { "msec", c.milliseconds ? 1.0f : 0.0f },
     };
 
     for (const auto& [id, value] : settings)
-        for (auto* parameter : processor.getParameters())
-            if (dynamic_cast<juce::AudioProcessorParameterWithID*> (parameter)->paramID == id)
-                parameter->setValue (value);
+        instrument.set (id, value);
 
-    processor.setStateProperty ("filenames", file.getFullPathName());
-    processor.setRateAndBufferSizeDetails (hostRate, blockSize);
-    processor.setNonRealtime (true);
-    processor.prepareToPlay (hostRate, blockSize);
-
-    const auto numSamples = (int) (c.renderSeconds * hostRate);
-    const auto releaseAt = (int) (c.heldSeconds * hostRate);
-    juce::AudioBuffer<float> output (c.outputChannels, numSamples);
-
-    for (auto start = 0; start < numSamples; start += blockSize)
-    {
-        const auto length = std::min (blockSize, numSamples - start);
-        juce::AudioBuffer<float> block (output.getArrayOfWritePointers(), c.outputChannels, start, length);
-        juce::MidiBuffer midi;
-
-        if (start == 0)
-            midi.addEvent (juce::MidiMessage::noteOn (1, c.note, (juce::uint8) c.velocity), 0);
-
-        if (releaseAt >= start && releaseAt < start + length)
-            midi.addEvent (juce::MidiMessage::noteOff (1, c.note), releaseAt - start);
-
-        processor.processBlock (block, midi);
-    }
-
-    return output;
+    EXPECT_EQ (instrument.load ({ file.getFullPathName() }), 1);
+    return instrument.play ((int) (c.renderSeconds * hostRate),
+                            { Instrument::on (0, c.note, c.velocity),
+                              { (int) (c.heldSeconds * hostRate), juce::MidiMessage::noteOff (1, c.note) } });
 }
 
 class ReferenceRender : public testing::TestWithParam<NoteCase> {};
@@ -253,5 +224,4 @@ TEST_P (ReferenceRender, EverySampleIsWithinMinus80DecibelsOfTheRules)
     EXPECT_LT (worst, 1.0e-4);
 }
 
-INSTANTIATE_TEST_SUITE_P (, ReferenceRender, testing::ValuesIn (cases),
-                          [] (const testing::TestParamInfo<NoteCase>& param) { return std::string (param.param.name); });
+INSTANTIATE_TEST_SUITE_P (, ReferenceRender, testing::ValuesIn (cases), RowName());

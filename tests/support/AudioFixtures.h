@@ -4,7 +4,7 @@
 
 #include <functional>
 
-/** Writes the audio files that tests load: every fixture is generated, none is committed. */
+/** The audio files that tests load: every one is generated, none is committed. */
 namespace AudioFixtures
 {
 /** A temporary folder that is deleted with the object. */
@@ -12,7 +12,7 @@ class TempFolder
 {
 public:
     TempFolder();
-    ~TempFolder();
+    ~TempFolder() { folder.deleteRecursively(); }
 
     juce::File file (const juce::String& name) const { return folder.getChildFile (name); }
     const juce::File& get() const noexcept          { return folder; }
@@ -21,22 +21,15 @@ private:
     juce::File folder;
 };
 
-/** Generates sample i of channel c. */
-using Generator = std::function<float (int channel, int sampleIndex)>;
-
-/** Writes numSamples of audio made by generator with the format picked from the file's
-    ending (.wav, .aif/.aiff, .flac). Returns false if the format can't write it. */
+/** Writes sample i of channel c as generator (c, i), in the format of the file's ending
+    (.wav, .aif, .aiff, .flac). Returns false if the format can't write it. */
 bool writeAudioFile (const juce::File& file, double sampleRate, int numChannels, int numSamples,
-                     const Generator& generator, int bitsPerSample = 24);
+                     const std::function<float (int channel, int sampleIndex)>& generator, int bitsPerSample = 24);
 
 /** A sine of the given frequency and amplitude on every channel. */
 bool writeSine (const juce::File& file, double sampleRate, int numChannels, double seconds,
                 double frequency, float amplitude = 0.5f);
 
-/** A constant level (DC) on every channel, handy for measuring gains exactly. */
-bool writeConstant (const juce::File& file, double sampleRate, int numChannels, int numSamples,
-                    float level);
-
-/** Writes an MP3 with a Debian encoder (lame) when one is installed; false otherwise. */
+/** An MP3 sine, encoded by Debian's lame when it is installed; false otherwise. */
 bool writeSineMp3 (const juce::File& file, double sampleRate, double seconds, double frequency);
 } // namespace AudioFixtures
