@@ -46,11 +46,12 @@ void WaveThumbnail::filesDropped (const juce::StringArray& files, int, int)
         separator = "\n";
     }
 
-    // A drop replaces the whole sample set; the next audio block loads it.
+    // A drop replaces the whole sample set. Dropping the same files again reads them
+    // again: they may have been edited since.
     if (joined.isNotEmpty())
     {
         processor.setStateProperty ("filenames", joined);
-        processor.reloadRequested.store (true);
+        processor.requestSampleLoad (true);
     }
 
     repaint();
@@ -63,7 +64,7 @@ WaveThumbnail::Message WaveThumbnail::describeState() const
     const auto status = processor.getSampleLoadStatus();
 
     if (processor.isLoadingSamples.load())
-        return { "LOADING " + juce::String (numSounds) + "... \n" + status, loadingColour, 2 };
+        return { "LOADING " + juce::String (processor.getNumFilesLoading()) + "... \n" + status, loadingColour, 2 };
 
     if (status.isNotEmpty())
         return { status, plainColour, 1 };

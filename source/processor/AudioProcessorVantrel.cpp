@@ -187,6 +187,13 @@ String AudioProcessorVantrel::getStateProperty (const String& key)
     return stateProperties[key];
 }
 
+String AudioProcessorVantrel::peekStateProperty (const String& key) const
+{
+    const std::lock_guard<std::mutex> lock (statePropertiesLock);
+    const auto found = stateProperties.find (key);
+    return found != stateProperties.end() ? found->second : String();
+}
+
 void AudioProcessorVantrel::setStateProperty (const String& key, const String& value)
 {
     const std::lock_guard<std::mutex> lock (statePropertiesLock);

@@ -74,6 +74,9 @@ public:
     /** Returns the value stored under key; a missing key is inserted, empty. */
     String getStateProperty (const String& key);
 
+    /** Returns the value stored under key, or an empty string, without inserting it. */
+    String peekStateProperty (const String& key) const;
+
     /** Stores value under key, replacing any previous value. */
     void setStateProperty (const String& key, const String& value);
 

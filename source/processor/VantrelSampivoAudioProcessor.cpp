@@ -86,7 +86,12 @@ const juce::String VantrelSampivoAudioProcessor::getName() const
 void VantrelSampivoAudioProcessor::prepareToPlay (double sampleRate, int)
 {
     synth.setCurrentPlaybackSampleRate (sampleRate);
-    reloadSamples (false);
+
+    // A host prepares before audio runs: a list restored or dropped before then is
+    // loaded by the time the first block plays.
+    requestSampleLoad (false);
+    waitForSampleLoad();
+    loader.takeFinishedSet();
 }
 
 void VantrelSampivoAudioProcessor::releaseResources() {}
@@ -100,13 +105,12 @@ void VantrelSampivoAudioProcessor::processBlock (juce::AudioBuffer<float>& buffe
     for (auto channel = getTotalNumInputChannels(); channel < getTotalNumOutputChannels(); ++channel)
         buffer.clear (channel, 0, numSamples);
 
-    // Taking the request before loading means one that arrives during the load is
-    // served by the next block; one that meets a load running on another thread is
-    // put back for the next block rather than lost.
-    if (reloadRequested.exchange (false) && ! loadSamples (true))
-        reloadRequested.store (true);
+    // Offline, a block plays what was asked for, so that a render is the same every
+    // time; a real-time block never waits and plays on with the set it has.
+    if (isNonRealtime())
+        waitForSampleLoad();
 
-    updateSoundParameters();
+    const auto settings = currentSoundSettings();
 
     // Observe the last note-on or note-off of the block; the buffer itself is untouched.
     for (const auto metadata : midiMessages)
@@ -133,6 +137,15 @@ void VantrelSampivoAudioProcessor::processBlock (juce::AudioBuffer<float>& buffe
         noteHeldSamples.store (0);
     }
 
+    // A finished set is swapped in here, under the lock the block holds for its push and
+    // its render: every note of the block starts on a sound that this push reached.
+    const juce::ScopedLock soundListLock (synth.getLock());
+    loader.takeFinishedSet();
+
+    for (auto* sound : synth.getSoundsWhileLocked())
+        if (auto* sampler = dynamic_cast<juce::SamplerSoundLog*> (sound))
+            settings.applyTo (*sampler);
+
     synth.renderNextBlock (buffer, midiMessages, 0, numSamples);
 }
 
@@ -154,8 +167,8 @@ int VantrelSampivoAudioProcessor::getCurrentProgram()  { return 0; }
 
 void VantrelSampivoAudioProcessor::setCurrentProgram (int)
 {
-    // Selecting any program makes the file list load again.
-    reloadSamples (true);
+    // Selecting any program loads the file list, unless it is the one already loaded.
+    requestSampleLoad (false);
 }
 
 // Hosts list the one program by name, and validators reject a program without one.
@@ -225,104 +238,33 @@ SoundSettings VantrelSampivoAudioProcessor::currentSoundSettings()
 
 void VantrelSampivoAudioProcessor::updateSoundParameters()
 {
-    const auto settings = currentSoundSettings();
-
-    // The loader may replace the sounds on another thread; hold the list still.
-    const juce::ScopedLock soundListLock (synth.getLock());
-
-    for (auto i = 0; i < synth.getNumSounds(); ++i)
-        if (auto* sampler = dynamic_cast<juce::SamplerSoundLog*> (synth.getSound (i).get()))
-            settings.applyTo (*sampler);
+    // Without the synthesiser's lock, which the audio thread holds for a whole block.
+    loader.applyToLoadedSounds (currentSoundSettings());
 }
 
 //==============================================================================
-juce::BigInteger VantrelSampivoAudioProcessor::notesForSample (int index, int count)
+void VantrelSampivoAudioProcessor::requestSampleLoad (bool force)
 {
-    juce::BigInteger notes;
-
-    if (count < 2)
-    {
-        notes.setRange (0, 128, true);
-        return notes;
-    }
-
-    // Every count-th key from the file's index; the top count keys stay silent.
-    for (auto note = index; note < 128 - count; note += count)
-        if (note >= 0)
-            notes.setBit (note);
-
-    return notes;
+    loader.request (getStateProperty ("filenames"), currentSoundSettings(), force);
 }
 
-int VantrelSampivoAudioProcessor::rootNoteForSample (int index, int count)
+void VantrelSampivoAudioProcessor::waitForSampleLoad()
 {
-    return count < 2 ? 60 : 60 - (index % count);
+    loader.waitUntilDone();
 }
 
-void VantrelSampivoAudioProcessor::reloadSamples (bool force)
+int VantrelSampivoAudioProcessor::getNumFilesLoading() const
 {
-    loadSamples (force);
+    return loader.getFilesDone();
 }
 
-bool VantrelSampivoAudioProcessor::loadSamples (bool force)
+void VantrelSampivoAudioProcessor::setStateInformation (const void* data, int sizeInBytes)
 {
-    if (isLoadingSamples.exchange (true))
-        return false;
+    juce::AudioProcessorVantrel::setStateInformation (data, sizeInBytes);
 
-    const auto fileList = getStateProperty ("filenames");
-
-    if (fileList.isNotEmpty() && (force || getNumLoadedSounds() == 0))
-    {
-        clearSamples();
-
-        juce::StringArray paths;
-        paths.addTokens (fileList, "\n", "\"");
-
-        // An entry too short to be a path keeps its place in the layout, silent.
-        for (auto i = 0; i < paths.size(); ++i)
-            if (paths[i].length() > 1)
-                addSample (paths[i], i, paths.size());
-    }
-
-    isLoadingSamples.store (false);
-    return true;
-}
-
-void VantrelSampivoAudioProcessor::addSample (const juce::String& path, int index, int count)
-{
-    const auto file = juce::File::getCurrentWorkingDirectory().getChildFile (path);
-    std::unique_ptr<juce::AudioFormatReader> reader;
-
-    for (auto i = 0; i < formatManager.getNumKnownFormats() && reader == nullptr; ++i)
-    {
-        auto* format = formatManager.getKnownFormat (i);
-
-        if (! format->canHandleFile (file))
-            continue;
-
-        auto stream = file.createInputStream();
-
-        if (stream == nullptr)
-            continue;
-
-        // The format deletes the stream itself when it can't read it.
-        reader.reset (format->createReaderFor (stream.release(), true));
-    }
-
-    if (reader == nullptr)
-        return;
-
-    // The sound copies the audio, so the reader and its file are released right away.
-    // It joins with the current settings: a note may start on it before the next push.
-    auto* sound = new juce::SamplerSoundLog (path, *reader, notesForSample (index, count),
-                                             rootNoteForSample (index, count));
-    currentSoundSettings().applyTo (*sound);
-    synth.addSound (sound);
-}
-
-void VantrelSampivoAudioProcessor::clearSamples()
-{
-    synth.clearSounds();
+    // Read without inserting the key: a restored document without a list saves again
+    // without one.
+    loader.request (peekStateProperty ("filenames"), currentSoundSettings(), false);
 }
 
 int VantrelSampivoAudioProcessor::getNonFiniteCount() const
@@ -338,8 +280,7 @@ int VantrelSampivoAudioProcessor::getNonFiniteCount() const
 
 int VantrelSampivoAudioProcessor::getNumLoadedSounds() const
 {
-    const juce::ScopedLock soundListLock (synth.getLock());
-    return synth.getNumSounds();
+    return loader.getNumLoadedSounds();
 }
 
 juce::String VantrelSampivoAudioProcessor::getSampleLoadStatus() const

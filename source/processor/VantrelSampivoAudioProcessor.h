@@ -2,6 +2,7 @@
 
 #include "processor/AudioParameterFloatVantrel.h"
 #include "processor/AudioProcessorVantrel.h"
+#include "sampler/SampleLoader.h"
 #include "sampler/SampleSynthesiser.h"
 #include "sampler/SoundSettings.h"
 
@@ -12,7 +13,8 @@
 
 /** The instrument the host sees: fourteen parameters, a synthesiser of 128 sample
     voices, and one sound per file of the list kept under the state property
-    "filenames". Dropping files sets reloadRequested; the next audio block loads them.
+    "filenames". A drop, a program change or a restore asks the loader, which reads the
+    files on a thread of its own; the audio thread only ever swaps in a finished set.
 */
 class VantrelSampivoAudioProcessor : public juce::AudioProcessorVantrel
 {
@@ -54,16 +56,19 @@ public:
     /** The values a push stores into the sounds, from the parameters as they are now. */
     SoundSettings currentSoundSettings();
 
-    /** Rebuilds the sounds from "filenames". Without force, it loads only when no sound
-        is loaded yet. An empty list leaves the loaded sounds in place. */
-    void reloadSamples (bool force);
+    /** Asks the loader for the list under "filenames", unless it is empty or (without
+        force) the list of the last request. Message thread (or any but the audio thread). */
+    void requestSampleLoad (bool force);
 
-    /** Loads one file as sound index of count and adds it to the synthesiser. Files
-        that can't be read are skipped silently; their keys stay silent. */
-    void addSample (const juce::String& path, int index, int count);
+    /** Returns once every load asked for so far has finished. */
+    void waitForSampleLoad();
 
-    /** Removes every sound, under the synthesiser's lock. */
-    void clearSamples();
+    /** Files read so far by the load in progress. */
+    int getNumFilesLoading() const;
+
+    /** A state restore loads the restored "filenames" when they differ from the list
+        loaded last: a host preset, an undo or a project switch is heard at once. */
+    void setStateInformation (const void* data, int sizeInBytes) override;
 
     /** How many notes the voices silenced because a value they computed was not finite:
         zero unless something upstream is faulty. */
@@ -80,13 +85,9 @@ public:
         (juce::AudioParameterFloat and juce::AudioParameterBool hide getValue). */
     static float normalisedValue (const juce::AudioProcessorParameter& parameter);
 
-    /** The keys and root note of file index of count in the keyboard layout. */
-    static juce::BigInteger notesForSample (int index, int count);
-    static int rootNoteForSample (int index, int count);
-
     //==============================================================================
+    /** Raised while a load waits or runs on the loader's thread. */
     std::atomic<bool> isLoadingSamples { false };
-    std::atomic<bool> reloadRequested { true };
 
     juce::AudioParameterFloatVantrel* volumeParam = nullptr;
     juce::AudioParameterFloatVantrel* panParam = nullptr;
@@ -123,11 +124,11 @@ public:
     std::atomic<int> noteHeldSamples { 0 };
 
 private:
-    /** reloadSamples' work; false when another load was already running. */
-    bool loadSamples (bool force);
-
     mutable std::mutex sampleLoadStatusLock;
     juce::String sampleLoadStatus;
+
+    // Declared last: it is stopped before the synthesiser and the formats it uses go.
+    SampleLoader loader { synth, formatManager, isLoadingSamples };
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (VantrelSampivoAudioProcessor)
 };

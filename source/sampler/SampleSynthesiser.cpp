@@ -14,6 +14,12 @@ const juce::CriticalSection& SampleSynthesiser::getLock() const noexcept
     return lock;
 }
 
+void SampleSynthesiser::swapSounds (juce::ReferenceCountedArray<juce::SynthesiserSound>& other)
+{
+    const juce::ScopedLock sl (lock);
+    sounds.swapWith (other);
+}
+
 void SampleSynthesiser::renderVoices (juce::AudioBuffer<float>& outputAudio, int startSample, int numSamples)
 {
     for (auto* voice : voices)

@@ -2,9 +2,9 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
-/** The instrument's juce::Synthesiser, with its lock made available so that code which
-    walks the sound list (the parameter push, the status strip's count) can hold the
-    list still while the loader replaces it on another thread.
+/** The instrument's juce::Synthesiser. The loader hands it a new sound list in one
+    swap under its lock, and the block path holds that lock from its parameter push to
+    the end of its render, so a block's notes start on sounds that the push reached.
 
     Voice stealing is JUCE's rule, but on storage reserved in advance: the base class
     empties its candidate list with Array::clear(), which frees it, so every stolen note
@@ -18,6 +18,13 @@ public:
 
     /** The lock that renderNextBlock, addSound and clearSounds take. */
     const juce::CriticalSection& getLock() const noexcept;
+
+    /** Exchanges the sound list with another, under the lock and without allocating:
+        the audio thread waits for no more than this swap. */
+    void swapSounds (juce::ReferenceCountedArray<juce::SynthesiserSound>& other);
+
+    /** The sound list, for a caller that holds the lock. */
+    const juce::ReferenceCountedArray<juce::SynthesiserSound>& getSoundsWhileLocked() const noexcept { return sounds; }
 
 protected:
     /** Renders only the voices that play a note: with a few notes sounding out of 128

@@ -92,56 +92,58 @@ TEST_F (Sampler, KeepsTheFirstTenSecondsAndTwoChannels)
 TEST_F (Sampler, WhenTheListIsLoaded)
 {
     const auto a = sine ("a.wav", 441.0), b = sine ("b.wav", 441.0);
-    Instrument instrument;
-    auto& processor = instrument.processor;
+    VantrelSampivoAudioProcessor processor;
+    const auto loaded = [&]
+    {
+        Instrument::settle (processor);
+        return processor.synth.getNumSounds() > 0 ? processor.synth.getSound (0).get() : nullptr;
+    };
 
-    // A fresh instrument loads the list it was given in its first block.
+    // A list restored before the host prepares is playing once prepareToPlay returns.
     processor.setStateProperty ("filenames", a);
-    instrument.play (512);
-    ASSERT_EQ (processor.getNumLoadedSounds(), 1);
+    Instrument::prepare (processor, 48000.0, 512);
+    EXPECT_EQ (processor.synth.getNumSounds(), 1);
+    const auto* first = loaded();
 
-    // prepareToPlay and an unforced reload load only when nothing is loaded, a nested
-    // load does nothing, and an empty list leaves the sounds in place.
-    processor.setStateProperty ("filenames", a + "\n" + b);
+    // Asking again for the list that is loaded costs nothing: no file is read again.
     processor.prepareToPlay (44100.0, 512);
-    processor.reloadSamples (false);
-    processor.isLoadingSamples = true;
-    processor.reloadSamples (true);
-    processor.isLoadingSamples = false;
-    EXPECT_EQ (processor.getNumLoadedSounds(), 1);
-
-    ASSERT_EQ (instrument.load ({}), 1);
-    processor.setCurrentProgram (0);
-    EXPECT_EQ (processor.getNumLoadedSounds(), 1);
-
-    // Any program change reloads the list; there is one program, whatever is asked for.
-    processor.setStateProperty ("filenames", a + "\n" + b);
     processor.setCurrentProgram (7);
-    Instrument::settle (processor);
-    EXPECT_EQ (processor.getNumLoadedSounds(), 2);
+    EXPECT_EQ (loaded(), first);
     EXPECT_EQ (processor.getCurrentProgram(), 0);
 
-    // A restore loads nothing by itself; a new, empty processor loads on prepareToPlay.
+    // An empty list leaves the sounds in place; a program change loads a changed list.
+    processor.setStateProperty ("filenames", {});
+    processor.setCurrentProgram (0);
+    EXPECT_EQ (loaded(), first);
+    processor.setStateProperty ("filenames", a + "\n" + b);
+    processor.setCurrentProgram (0);
+    loaded();
+    EXPECT_EQ (processor.getNumLoadedSounds(), 2);
+
+    // A restore plays the list it brings, unless that list is playing already.
     juce::MemoryBlock state;
     processor.getStateInformation (state);
-    VantrelSampivoAudioProcessor reopened;
-    reopened.reloadRequested = false;
-    reopened.setStateInformation (state.getData(), (int) state.getSize());
-    EXPECT_EQ (reopened.getNumLoadedSounds(), 0);
-    reopened.prepareToPlay (48000.0, 512);
-    EXPECT_EQ (reopened.getNumLoadedSounds(), 2);
+    const auto* pair = loaded();
+    processor.setStateInformation (state.getData(), (int) state.getSize());
+    EXPECT_EQ (loaded(), pair);
+    Instrument::drop (processor, b);
+    loaded();
+    processor.setStateInformation (state.getData(), (int) state.getSize());
+    loaded();
+    EXPECT_EQ (processor.getNumLoadedSounds(), 2);
+
+    // A drop reads its files again even when it names the same ones.
+    Instrument::drop (processor, a + "\n" + b);
+    EXPECT_NE (loaded(), pair);
 }
 
-TEST_F (Sampler, ADropIsLoadedByTheNextBlockBeforeItRenders)
+TEST_F (Sampler, AnOfflineBlockPlaysTheDropBeforeIt)
 {
-    // The one rule about when: the block after a drop serves the request first, so a
-    // note in that very block already sounds, and the request is cleared.
+    // Offline, the block after a drop waits for the load, so a note in that very block
+    // sounds and a render comes out the same every time.
     Instrument instrument;
     instrument.steady();
-    instrument.play (512);
-    instrument.processor.setStateProperty ("filenames", levels ("dc.wav", { 0.5f }));
-    instrument.processor.reloadRequested = true;
-
+    instrument.processor.setNonRealtime (true);
+    Instrument::drop (instrument.processor, levels ("dc.wav", { 0.5f }));
     EXPECT_GT (instrument.play (512, { Instrument::on (0, 60) }).getMagnitude (0, 512), 0.4f);
-    EXPECT_FALSE (instrument.processor.reloadRequested.load());
 }

@@ -40,15 +40,20 @@ Instrument& Instrument::steady()
 void Instrument::drop (VantrelSampivoAudioProcessor& target, const juce::String& list)
 {
     target.setStateProperty ("filenames", list);
-    target.reloadRequested = true;
+    target.requestSampleLoad (true);
 }
 
 void Instrument::settle (juce::AudioProcessor& target)
 {
+    // Offline, a block waits for the loads asked for before it; one silent block then
+    // serves for the instrument here and for a hosted bundle alike.
+    const auto wasOffline = target.isNonRealtime();
+    target.setNonRealtime (true);
     juce::AudioBuffer<float> block (target.getTotalNumOutputChannels(), target.getBlockSize());
     juce::MidiBuffer none;
     block.clear();
     target.processBlock (block, none);
+    target.setNonRealtime (wasOffline);
 }
 
 int Instrument::load (const juce::StringArray& paths)

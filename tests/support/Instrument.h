@@ -31,11 +31,11 @@ public:
     int load (const juce::StringArray& paths);
 
     /** What a drop on the editor does, without waiting for the load: stores the list
-        (one path a line) and asks for a reload. */
+        (one path a line) and asks the loader for it. */
     static void drop (VantrelSampivoAudioProcessor& processor, const juce::String& list);
 
-    /** Returns once the load that a drop, a program change or a restore asked for has
-        finished: the block after the request loads it. */
+    /** Returns once the loads that drops, program changes or restores asked for have
+        finished (by rendering one offline block, which waits for them). */
     static void settle (juce::AudioProcessor& processor);
 
     /** Renders numSamples in host-sized blocks, delivering each note at its sample. */
