@@ -18,8 +18,12 @@ build_root="${SAMPIVO_SANITIZER_BUILD_ROOT:-$root}"
 suppressions="$root/scripts/sanitizers"
 which="${1:-all}"
 
-# The stress tests: threads hammering the shared state, the processor and the bundle.
-stress_tests='^reliability\.(Sharing|ProcessorStress|HostStress)\.'
+# The stress tests: threads hammering the shared state, the processor, the loader and
+# the bundle. A timing-dependent fault may hide from one run, so they run
+# SAMPIVO_STRESS_RUNS times (default 3), each with a seed of its own; a failure names
+# its seed, and SAMPIVO_STRESS_SEED=<seed> replays the same random choices.
+stress_tests='^reliability\.(Sharing|ProcessorStress|HostStress|LoaderStress|FiniteOutput)\.'
+stress_runs="${SAMPIVO_STRESS_RUNS:-3}"
 
 step() {
     local name="$1"
@@ -38,6 +42,17 @@ configure_and_build() {
         -DSAMPIVO_SANITIZER="$sanitizer" \
         -DSAMPIVO_BUILD_BENCH=OFF \
         -DSAMPIVO_PLUGIN_FORMATS=VST3
+}
+
+# run_stress <dir> <runs>: the stress tests, runs times, each with a new seed.
+run_stress() {
+    local dir="$1" runs="$2" run seed
+    for run in $(seq 1 "$runs"); do
+        seed=$(( (RANDOM << 15 | RANDOM) + run ))
+        echo "--- stress run $run of $runs, SAMPIVO_STRESS_SEED=$seed"
+        SAMPIVO_STRESS_SEED=$seed run_ctest "$dir" -R "$stress_tests" \
+            || { echo "stress run failed: replay with SAMPIVO_STRESS_SEED=$seed"; return 1; }
+    done
 }
 
 # Tests need a display for the editors; Xvfb as in the normal test run.
@@ -60,13 +75,14 @@ total_started=$(date +%s)
 if [ "$which" = all ] || [ "$which" = address ]; then
     step "build-asan (ASan+UBSan, RelWithDebInfo)" configure_and_build "$build_root/build-asan" address
     step "whole suite under ASan+UBSan" run_ctest "$build_root/build-asan"
+    step "stress tests under ASan+UBSan, $(( stress_runs - 1 )) more seeds" run_stress "$build_root/build-asan" $(( stress_runs - 1 ))
 fi
 
 if [ "$which" = all ] || [ "$which" = thread ]; then
     # Only what the stress tests need (the suite pulls in the bundle it hosts).
     step "build-tsan (TSan, RelWithDebInfo)" configure_and_build "$build_root/build-tsan" thread \
         sampivo_reliability_tests
-    step "stress tests under TSan" run_ctest "$build_root/build-tsan" -R "$stress_tests"
+    step "stress tests under TSan, $stress_runs seeds" run_stress "$build_root/build-tsan" "$stress_runs"
 fi
 
 echo "==> sanitizers total $(( $(date +%s) - total_started )) s"

@@ -127,16 +127,30 @@ void openAndCloseEditor (juce::AudioProcessor& processor)
 }
 } // namespace
 
-juce::String stressAtEveryRate (int blockSize, double seconds, const std::function<juce::AudioProcessor& (double, int)>& setUp,
-                                const std::function<juce::String (juce::Random&)>& sideAction,
-                                const std::function<void (juce::Random&)>& messageAction)
+juce::int64 stressSeed()
+{
+    const auto fromEnvironment = juce::SystemStats::getEnvironmentVariable ("SAMPIVO_STRESS_SEED", {});
+    return fromEnvironment.isNotEmpty() ? fromEnvironment.getLargeIntValue()
+                                        : juce::Random::getSystemRandom().nextInt64() & 0x7fffffffffff;
+}
+
+juce::String stressAtEveryRate (int blockSize, double seconds, juce::int64 seed,
+                                const std::function<juce::AudioProcessor& (double, int)>& setUp,
+                                const std::function<Outcome (juce::Random&)>& sideAction,
+                                const std::function<const char* (juce::Random&)>& messageAction)
 {
     const double rates[] { 22050.0, 44100.0, 48000.0, 88200.0, 96000.0, 192000.0 };
-    juce::Random seeds (blockSize);
+    juce::Random seeds (seed + blockSize);
     std::mutex lock;
     juce::String failure;
+    std::atomic<const char*> lastAction { "none yet" };
     long blocks = 0, sideActions = 0, messageActions = 0;
-    const auto report = [&] (const juce::String& fault) { const std::lock_guard<std::mutex> guard (lock); if (failure.isEmpty()) failure = fault; };
+    const auto report = [&] (const juce::String& fault)
+    {
+        const std::lock_guard<std::mutex> guard (lock);
+        if (failure.isEmpty())
+            failure = fault + " (last host action: " + lastAction.load() + "; replay with SAMPIVO_STRESS_SEED=" + juce::String (seed) + ")";
+    };
 
     for (size_t r = 0; r < std::size (rates); ++r)
     {
@@ -162,13 +176,20 @@ juce::String stressAtEveryRate (int blockSize, double seconds, const std::functi
                 report (where + fault);
         });
 
-        LoopThread side ([&] { if (const auto fault = sideAction (sideRandom); fault.isNotEmpty()) report (where + fault); });
+        LoopThread side ([&]
+        {
+            const auto outcome = sideAction (sideRandom);
+            lastAction = outcome.action;
+            if (outcome.fault.isNotEmpty())
+                report (where + outcome.fault);
+        });
 
         for (const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double> (seconds / 6.0);
              std::chrono::steady_clock::now() < end; ++messageActions)
         {
-            messageAction (messageRandom);
+            lastAction = messageAction (messageRandom);
             openAndCloseEditor (target);
+            lastAction = "editor opened and closed";
         }
 
         side.stop();
@@ -182,8 +203,8 @@ juce::String stressAtEveryRate (int blockSize, double seconds, const std::functi
         sideActions += side.iterations();
     }
 
-    std::cout << "block size " << blockSize << ": " << blocks << " blocks, " << sideActions << " side actions, "
-              << messageActions << " editors opened" << std::endl;
+    std::cout << "seed " << seed << ", block size " << blockSize << ": " << blocks << " blocks, " << sideActions
+              << " side actions, " << messageActions << " editors opened" << std::endl;
     return failure;
 }
 

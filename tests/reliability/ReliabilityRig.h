@@ -67,12 +67,25 @@ private:
     std::thread thread;
 };
 
-/** Stresses one block size at every rate from 22050 to 192000 Hz, for seconds in all.
-    Per rate, setUp (rate, channels) returns the prepared target; one thread renders random
-    notes into it and checks every block, another runs sideAction over and over, and this
-    (the message) thread runs messageAction and opens and closes the editor. Returns the
-    first fault found, or an empty string, and prints what was done. */
-juce::String stressAtEveryRate (int blockSize, double seconds, const std::function<juce::AudioProcessor& (double, int)>& setUp,
-                                const std::function<juce::String (juce::Random&)>& sideAction,
-                                const std::function<void (juce::Random&)>& messageAction);
+/** The seed of a stress run: SAMPIVO_STRESS_SEED when it is set (to replay a run), else
+    a new one each time, so that every run tries other interleavings. */
+juce::int64 stressSeed();
+
+/** A host action that ran: its name, and the fault it found (empty when none). */
+struct Outcome
+{
+    const char* action;
+    juce::String fault;
+};
+
+/** Stresses one block size at every rate from 22050 to 192000 Hz, for seconds in all,
+    the random choices drawn from seed. Per rate, setUp (rate, channels) returns the
+    prepared target; one thread renders random notes into it and checks every block,
+    another runs sideAction over and over, and this (the message) thread runs
+    messageAction and opens and closes the editor. Returns the first fault found, with
+    the seed and the host action that ran last, or an empty string; prints what was done. */
+juce::String stressAtEveryRate (int blockSize, double seconds, juce::int64 seed,
+                                const std::function<juce::AudioProcessor& (double, int)>& setUp,
+                                const std::function<Outcome (juce::Random&)>& sideAction,
+                                const std::function<const char* (juce::Random&)>& messageAction);
 } // namespace ReliabilityRig

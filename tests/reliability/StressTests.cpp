@@ -40,29 +40,31 @@ void restoreWithList (juce::AudioProcessor& instance, const juce::String& list)
 
 /** What a host does to the processor while it plays: automation, saves (which must be
     whole) and restores, restores of garbage, drops, editor pushes and program changes. */
-juce::String hostAction (VantrelSampivoAudioProcessor& processor, const SamplePool& pool, juce::Random& random, juce::MemoryBlock& saved)
+Outcome hostAction (VantrelSampivoAudioProcessor& processor, const SamplePool& pool, juce::Random& random, juce::MemoryBlock& saved)
 {
     juce::MemoryBlock junk ((size_t) random.nextInt (64));
     random.fillBitsRandomly (junk.getData(), junk.getSize());
+    Outcome outcome { "automation", {} };
 
     switch (random.nextInt (10))
     {
         case 0:
+            outcome.action = "save";
             processor.getStateInformation (saved);
             if (const auto xml = juce::AudioProcessor::getXmlFromBinary (saved.getData(), (int) saved.getSize());
                 xml == nullptr || ! xml->hasAttribute ("msec") || ! xml->hasAttribute ("pluginversion"))
-                return "a save written during playback is not whole";
+                outcome.fault = "a save written during playback is not whole";
             break;
-        case 1: processor.setStateInformation (saved.getData(), (int) saved.getSize()); break;
-        case 2: processor.setStateInformation (junk.getData(), (int) junk.getSize()); break;
-        case 3: case 4: Instrument::drop (processor, pool.randomList (random)); break;
-        case 5: processor.controlsNeedUpdate = true; processor.updateSoundParameters(); break;
-        case 6: if (random.nextInt (20) == 0) processor.setCurrentProgram (0); break;
+        case 1: outcome.action = "restore"; processor.setStateInformation (saved.getData(), (int) saved.getSize()); break;
+        case 2: outcome.action = "restore of garbage"; processor.setStateInformation (junk.getData(), (int) junk.getSize()); break;
+        case 3: case 4: outcome.action = "drop"; Instrument::drop (processor, pool.randomList (random)); break;
+        case 5: outcome.action = "editor push"; processor.controlsNeedUpdate = true; processor.updateSoundParameters(); break;
+        case 6: outcome.action = "program change"; processor.setCurrentProgram (0); break;
         default: automateAtRandom (processor.getParameters(), random); break;
     }
 
     std::this_thread::yield();
-    return {};
+    return outcome;
 }
 
 struct BlockSizeName
@@ -81,9 +83,10 @@ TEST_P (ProcessorStress, RendersSafelyWhileTheHostActsOnEveryThread)
     VantrelSampivoAudioProcessor processor;
     juce::MemoryBlock saved;
 
-    EXPECT_EQ (stressAtEveryRate (blockSize, secondsPerBlockSize,
+    EXPECT_EQ (stressAtEveryRate (blockSize, secondsPerBlockSize, stressSeed(),
                                   [&] (double rate, int channels) -> juce::AudioProcessor& { Instrument::prepare (processor, rate, blockSize, channels); return processor; },
-                                  [&] (juce::Random& random) { return hostAction (processor, pool, random, saved); }, [] (juce::Random&) {}),
+                                  [&] (juce::Random& random) { return hostAction (processor, pool, random, saved); },
+                                  [] (juce::Random&) { return "none"; }),
                juce::String());
 
     // Afterwards the instrument still works: a drop loads and a note sounds.
@@ -112,7 +115,7 @@ TEST_P (HostStress, BundleRendersSafelyWhileAutomatedSavedRestoredAndEdited)
     // A fresh instance per rate, as when a project is reopened; automation from a
     // thread of its own, as a host's automation playback; restores with other file
     // lists and the editor on the message thread.
-    EXPECT_EQ (stressAtEveryRate (blockSize, secondsPerBlockSize,
+    EXPECT_EQ (stressAtEveryRate (blockSize, secondsPerBlockSize, stressSeed(),
                                   [&] (double rate, int) -> juce::AudioProcessor&
                                   {
                                       load (rate, blockSize);
@@ -127,9 +130,13 @@ TEST_P (HostStress, BundleRendersSafelyWhileAutomatedSavedRestoredAndEdited)
                                   {
                                       automateAtRandom (parameters, random);
                                       std::this_thread::sleep_for (std::chrono::microseconds (200));
-                                      return juce::String();
+                                      return Outcome { "automation", {} };
                                   },
-                                  [&] (juce::Random& random) { restoreWithList (*instance, pool.randomList (random)); }),
+                                  [&] (juce::Random& random)
+                                  {
+                                      restoreWithList (*instance, pool.randomList (random));
+                                      return "restore with another file list";
+                                  }),
                juce::String());
 
     // A reopened project plays: the restored list's one file answers on key 60.
@@ -139,6 +146,39 @@ TEST_P (HostStress, BundleRendersSafelyWhileAutomatedSavedRestoredAndEdited)
     Instrument::settle (*instance);
     EXPECT_GT (render (*instance, 512, noteOns ({ 60 })).getMagnitude (0, 512), 0.01f);
     instance->releaseResources();
+}
+
+// A new set asked for every 50 ms for ten seconds while notes play: every block stays
+// finite, the loader keeps up, and the last request is what plays in the end.
+TEST (LoaderStress, ANewSetEveryFiftyMillisecondsWhileNotesPlay)
+{
+    const SamplePool pool;
+    VantrelSampivoAudioProcessor processor;
+    Instrument::prepare (processor, 48000.0, 256);
+    juce::Random random (stressSeed());
+    std::atomic<bool> faulty { false };
+
+    LoopThread audio ([&]
+    {
+        faulty = faulty || checkBlock (render (processor, 256, noteOns ({ random.nextInt (128) }))).isNotEmpty();
+        std::this_thread::sleep_for (std::chrono::microseconds (500));
+    });
+
+    juce::Random lists (random.nextInt64());
+    for (auto request = 0; request < 200; ++request)
+    {
+        Instrument::drop (processor, pool.randomList (lists));
+        std::this_thread::sleep_for (std::chrono::milliseconds (50));
+    }
+
+    Instrument::drop (processor, pool.list (3));
+    processor.waitForSampleLoad();
+    std::this_thread::sleep_for (std::chrono::milliseconds (50));
+    audio.stop();
+
+    EXPECT_FALSE (faulty.load());
+    EXPECT_EQ (loadedSounds (processor).size(), 3u);
+    EXPECT_EQ (processor.getNonFiniteCount(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P (, ProcessorStress, testing::Values (1, 17, 512, 4096), BlockSizeName());
