@@ -155,7 +155,7 @@ TEST (LoaderStress, ANewSetEveryFiftyMillisecondsWhileNotesPlay)
     const SamplePool pool;
     VantrelSampivoAudioProcessor processor;
     Instrument::prepare (processor, 48000.0, 256);
-    juce::Random random (stressSeed());
+    juce::Random random (stressSeed()), lists (random.nextInt64());
     std::atomic<bool> faulty { false };
 
     LoopThread audio ([&]
@@ -164,7 +164,6 @@ TEST (LoaderStress, ANewSetEveryFiftyMillisecondsWhileNotesPlay)
         std::this_thread::sleep_for (std::chrono::microseconds (500));
     });
 
-    juce::Random lists (random.nextInt64());
     for (auto request = 0; request < 200; ++request)
     {
         Instrument::drop (processor, pool.randomList (lists));
