@@ -44,14 +44,15 @@ struct QuietInstrument : Instrument
 };
 } // namespace
 
-// A load on the host's thread lands between a block's parameter push and its render:
-// the note that block starts plays the new sound with the current settings.
-TEST (FiniteOutput, ASoundLoadedBetweenThePushAndTheRenderPlaysWithTheCurrentSettings)
+// A sound joins the synthesiser with the current settings: here prepareToPlay loads a
+// restored list and no block has pushed anything yet when a note starts on it.
+TEST (FiniteOutput, ASoundPlaysWithTheCurrentSettingsBeforeAnyPush)
 {
     QuietInstrument instrument;
     auto& processor = instrument.processor;
-    processor.updateSoundParameters();
-    ASSERT_EQ (instrument.load ({ instrument.file.getFullPathName() }), 1);
+    processor.setStateProperty ("filenames", instrument.file.getFullPathName());
+    processor.prepareToPlay (48000.0, 512);
+    ASSERT_EQ (processor.synth.getNumSounds(), 1);
 
     const auto buffer = renderNote (processor);
 
