@@ -58,6 +58,38 @@ INSTANTIATE_TEST_SUITE_P (Sampler, Envelope,
                                            EnvelopeRow { "CurveFiveHolds", 5, Stage::frozen, 0.01f, 100, 0.6f }),
                           RowName());
 
+// The "1/x" and "Atan" shapes, from full level to silence at every sample, against the
+// rules in double precision: within a millionth of full scale, the fastest decay (whose
+// value moves the most per sample) included.
+TEST (EnvelopeShapes, WithinAMillionthOfTheRulesOverTheWholeRange)
+{
+    for (const auto curve : { 1, 2 })
+    {
+        for (const auto decay : { 0.001f, 0.02f, 0.3f })
+        {
+            juce::SampleEnvelope envelope;
+            envelope.curve = curve;
+            envelope.sampleRate = 48000.0;
+            envelope.setEnvelopeParameters (0.0f, decay, 0.0f, 0.1f);
+            envelope.trigger();
+
+            const auto rate = (double) envelope.decayRate;
+            std::vector<float> gains ((size_t) std::ceil (1.0 / rate) - 1);
+            envelope.render (gains.data(), (int) gains.size());
+            auto worst = 0.0;
+
+            for (size_t k = 0; k < gains.size(); ++k)
+            {
+                const auto below = (double) (k + 1) * rate;   // 1 - value after k + 1 steps
+                const auto rule = curve == 1 ? 1.0 / (1.0 + below * 99.0) - 0.01 : 1.0 - std::atan (below * 15.707963268) * 0.66347;
+                worst = std::max (worst, std::abs (gains[k] - rule));
+            }
+
+            EXPECT_LT (worst, 1.0e-6) << "curve " << curve << ", decay " << decay;
+        }
+    }
+}
+
 TEST_F (Sampler, DecayTimeIsTheKnobSquaredAndTheCurveKnobPicksTheShape)
 {
     const auto path = levels ("dc.wav", { 0.5f, 0.5f }, 48000);
