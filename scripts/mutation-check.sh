@@ -17,7 +17,7 @@
 #  1. The text is changed and the suite named in its "notice:" field is rebuilt and
 #     run with --stop-on-failure, so most faults are caught within a minute.
 #  2. Only if that suite passes is everything else built and run, the slow stress,
-#     fuzz-replay and renderer tests included (--stop-on-failure again). So no test
+#     fuzz and renderer tests included (--stop-on-failure again). So no test
 #     is left out: a fault is reported SURVIVED only once the whole suite has passed
 #     with it in place.
 #  3. The file is put back, also when the script is interrupted or fails.
@@ -155,20 +155,19 @@ configure() {
     cmake -S "$root" -B "$build_dir" -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-Release}" -DSAMPIVO_BUILD_BENCH=OFF >/dev/null
 }
 
-# What CTest needs: the suites, the fuzz replay and its seed writer, the renderer and
+# What CTest needs: the suites, the renderer and
 # the bundle they load (the Standalone application and the tools that no test runs
 # are left out).
 all_targets() {
     cmake --build "$build_dir" --target help \
         | sed -nE 's/^\.\.\. ([A-Za-z0-9_-]+).*/\1/p' \
-        | grep -E '^(sampivo_[a-z_]+_tests|sampivo_state_fuzz_(replay|seeds)|sampivo-render|VantrelSampivo_VST3)$'
+        | grep -E '^(sampivo_[a-z_]+_tests|sampivo-render|VantrelSampivo_VST3)$'
 }
 
 # The targets a label's tests run.
 label_targets() {
     local label="$1"
     case "$label" in
-        fuzz) echo "sampivo_state_fuzz_replay sampivo_state_fuzz_seeds" ;;
         renderer) echo "sampivo_renderer_tests sampivo-render" ;;
         *) echo "sampivo_${label}_tests" ;;
     esac

@@ -1,102 +1,130 @@
-// The fuzzing entry point for restoring saved state. Every input is handed to
-// setStateInformation as a host would hand it back, and the processor must come out
-// of it consistent:
-//  - the three restore flags are set whatever the input was;
-//  - every parameter stays within 0 to 1;
-//  - an input that is not a settings block changes neither parameters nor properties;
-//  - whatever was restored saves to a block that restores and saves again to the
-//    same attributes, in the same order, with the same values.
-// A broken property aborts, so libFuzzer (or the replay driver) reports it as a crash.
-
-#include "processor/VantrelSampivoAudioProcessor.h"
+// What a restore of any bytes must leave behind:
+//  - the three restore flags set, whatever the input was;
+//  - every parameter within 0 to 1;
+//  - parameters and properties untouched by an input that is not a settings block;
+//  - a save of it that restores and saves again to the same attributes, in the same
+//    order, with the same values (each within the four decimals it was written with).
+#include "StateFuzzTarget.h"
 
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 
 namespace
 {
-void check (bool condition, const char* what)
-{
-    if (! condition)
-    {
-        std::fprintf (stderr, "state fuzz check failed: %s\n", what);
-        std::abort();
-    }
-}
-
 std::vector<float> parameterValues (juce::AudioProcessor& processor)
 {
     std::vector<float> values;
-
     for (auto* parameter : processor.getParameters())
         values.push_back (parameter->getValue());
-
     return values;
 }
 
 /** The attributes of a saved block, in document order, without the save time. */
 std::vector<std::pair<juce::String, juce::String>> savedAttributes (const juce::MemoryBlock& block)
 {
-    const auto xml = juce::AudioProcessorVantrel::parseStateBlock (block.getData(), (int) block.getSize());
-    check (xml != nullptr && xml->getTagName() == "settings", "a saved block reads back as a settings document");
     std::vector<std::pair<juce::String, juce::String>> attributes;
-
-    for (auto i = 0; i < xml->getNumAttributes(); ++i)
-        if (xml->getAttributeName (i) != "date_modified")
-            attributes.emplace_back (xml->getAttributeName (i), xml->getAttributeValue (i));
-
+    if (const auto xml = juce::AudioProcessorVantrel::parseStateBlock (block.getData(), (int) block.getSize()))
+        for (auto i = 0; i < xml->getNumAttributes(); ++i)
+            if (xml->getAttributeName (i) != "date_modified")
+                attributes.emplace_back (xml->getAttributeName (i), xml->getAttributeValue (i));
     return attributes;
 }
 
-struct Harness
+std::vector<uint8_t> bytesOf (const juce::MemoryBlock& block)
 {
-    Harness() { processor.getStateInformation (baseline); }
-
-    void run (const uint8_t* data, int size)
-    {
-        // Every input starts from the same fresh state, so a crash replays on its own.
-        processor.setStateInformation (baseline.getData(), (int) baseline.getSize());
-        const auto valuesBefore = parameterValues (processor);
-        const auto propertiesBefore = processor.getStatePropertiesSnapshot();
-        processor.controlsNeedUpdate = false;
-        processor.sampleCounter = 12345;
-        processor.stateChanged = false;
-
-        processor.setStateInformation (data, size);
-        check (processor.controlsNeedUpdate && processor.sampleCounter == 0 && processor.stateChanged,
-               "a restore sets the three restore flags");
-
-        for (const auto value : parameterValues (processor))
-            check (value >= 0.0f && value <= 1.0f, "parameters stay within 0 to 1");
-
-        if (const auto xml = juce::AudioProcessorVantrel::parseStateBlock (data, size); xml == nullptr || ! xml->hasTagName ("settings"))
-            check (parameterValues (processor) == valuesBefore && processor.getStatePropertiesSnapshot() == propertiesBefore,
-                   "a rejected block leaves parameters and properties alone");
-
-        juce::MemoryBlock first, second;
-        processor.getStateInformation (first);
-        const auto valuesSaved = parameterValues (processor);
-        processor.setStateInformation (first.getData(), (int) first.getSize());
-
-        for (size_t i = 0; i < valuesSaved.size(); ++i)
-            check (std::abs (processor.getParameters()[(int) i]->getValue() - valuesSaved[i]) <= 0.00005f + 1.0e-6f,
-                   "a saved value restores to within the four decimals it was written with");
-
-        processor.getStateInformation (second);
-        check (savedAttributes (first) == savedAttributes (second), "save, restore and save again is stable");
-    }
-
-    VantrelSampivoAudioProcessor processor;
-    juce::MemoryBlock baseline;
-};
+    const auto* begin = static_cast<const uint8_t*> (block.getData());
+    return { begin, begin + block.getSize() };
+}
 } // namespace
 
+std::vector<std::vector<uint8_t>> StateFuzz::seeds()
+{
+    std::vector<std::vector<uint8_t>> blocks;
+    juce::MemoryBlock block;
+    VantrelSampivoAudioProcessor fresh, moved;
+    fresh.getStateInformation (block);
+    blocks.push_back (bytesOf (block));
+
+    auto step = 0;
+    for (auto* parameter : moved.getParameters())
+        parameter->setValue (0.0625f * (float) ++step);
+    moved.setStateProperty ("extra", "1");
+    moved.setStateProperty ("filenames", juce::String::fromUTF8 ("/samples/kick one.wav\nC:\\Gr\xc3\xbc\xc3\x9f" "e\\snare.aiff\n/s/\"odd\nname\".flac"));
+    moved.getStateInformation (block);
+    blocks.push_back (bytesOf (block));
+
+    for (const auto* document : { "<SETTINGS volume=\"1.7\" pan=\"-3\" attack=\"abc\" msec=\"1\" extra=\"x\"/>",
+                                  "<settings volume=\"0.25\"><child a=\"1\">text</child></settings>", "<other volume=\"0.1\"/>" })
+    {
+        juce::AudioProcessor::copyXmlToBinary (*juce::parseXML (juce::String (document)), block);
+        blocks.push_back (bytesOf (block));
+    }
+
+    return blocks;
+}
+
+std::string StateFuzz::Harness::restoreAndCheck (const uint8_t* data, size_t size)
+{
+    const auto length = (int) std::min (size, (size_t) std::numeric_limits<int>::max());
+
+    processor.setStateInformation (baseline.getData(), (int) baseline.getSize());
+    const auto valuesBefore = parameterValues (processor);
+    const auto propertiesBefore = processor.getStatePropertiesSnapshot();
+    processor.controlsNeedUpdate = processor.stateChanged = false;
+    processor.sampleCounter = 12345;
+
+    processor.setStateInformation (data, length);
+    if (! (processor.controlsNeedUpdate && processor.sampleCounter == 0 && processor.stateChanged))
+        return "a restore sets the three restore flags";
+
+    for (const auto value : parameterValues (processor))
+        if (! (value >= 0.0f && value <= 1.0f))
+            return "parameters stay within 0 to 1";
+
+    if (const auto xml = juce::AudioProcessorVantrel::parseStateBlock (data, length); xml == nullptr || ! xml->hasTagName ("settings"))
+        if (parameterValues (processor) != valuesBefore || processor.getStatePropertiesSnapshot() != propertiesBefore)
+            return "a refused block leaves parameters and properties alone";
+
+    juce::MemoryBlock first, second;
+    processor.getStateInformation (first);
+    const auto valuesSaved = parameterValues (processor);
+    processor.setStateInformation (first.getData(), (int) first.getSize());
+
+    for (size_t i = 0; i < valuesSaved.size(); ++i)
+        if (std::abs (processor.getParameters()[(int) i]->getValue() - valuesSaved[i]) > 0.00005f + 1.0e-6f)
+            return "a saved value restores to within the four decimals it was written with";
+
+    processor.getStateInformation (second);
+    if (savedAttributes (first).empty() || savedAttributes (first) != savedAttributes (second))
+        return "save, restore and save again is stable";
+
+    return {};
+}
+
+// libFuzzer's entry points. A broken rule aborts, which libFuzzer reports as a crash;
+// an empty corpus folder named on the command line starts with the seeds.
 extern "C" int LLVMFuzzerTestOneInput (const uint8_t* data, size_t size)
 {
-    static Harness harness;
-    harness.run (data, (int) std::min (size, (size_t) std::numeric_limits<int>::max()));
+    static StateFuzz::Harness harness;
+
+    if (const auto broken = harness.restoreAndCheck (data, size); ! broken.empty())
+    {
+        std::fprintf (stderr, "state fuzz check failed: %s\n", broken.c_str());
+        std::abort();
+    }
+
+    return 0;
+}
+
+extern "C" int LLVMFuzzerInitialize (int* argc, char*** argv)
+{
+    for (auto i = 1; i < *argc; ++i)
+        if (const auto folder = juce::File::getCurrentWorkingDirectory().getChildFile ((*argv)[i]);
+            (*argv)[i][0] != '-' && folder.isDirectory() && folder.getNumberOfChildFiles (juce::File::findFiles) == 0)
+            for (const auto& seed : StateFuzz::seeds())
+                folder.getNonexistentChildFile ("seed", ".bin").replaceWithData (seed.data(), seed.size());
+
     return 0;
 }

@@ -1,7 +1,6 @@
 // A NaN in the output mutes a track or a whole mix bus in many hosts. These drive, in a
 // fixed order, the interleavings that once let one out.
-#include "support/AudioFixtures.h"
-#include "support/Instrument.h"
+#include "reliability/ReliabilityRig.h"
 
 #include <gtest/gtest.h>
 
@@ -18,16 +17,6 @@ juce::AudioBuffer<float> renderNote (VantrelSampivoAudioProcessor& processor)
     midi.addEvent (juce::MidiMessage::noteOff (1, 60), 256);
     processor.synth.renderNextBlock (buffer, midi, 0, 512);
     return buffer;
-}
-
-bool allFinite (const juce::AudioBuffer<float>& buffer)
-{
-    for (auto channel = 0; channel < buffer.getNumChannels(); ++channel)
-        for (auto i = 0; i < buffer.getNumSamples(); ++i)
-            if (! std::isfinite (buffer.getSample (channel, i)))
-                return false;
-
-    return true;
 }
 
 /** Sustain 0 and no randomness: a released note falls from a level of exactly 0. */
@@ -59,7 +48,7 @@ TEST (FiniteOutput, ASoundPlaysWithTheCurrentSettingsBeforeAnyPush)
     // Volume at its middle is 10 x 0.5^3 x 7.943 = 9.93; without velocity to volume a
     // note takes an eighth of it; centred, each side sqrt(1/2); the file holds 0.5.
     const auto expectedPeak = 9.9291 * 0.125 * std::sqrt (0.5) * 0.5;
-    EXPECT_TRUE (allFinite (buffer));
+    EXPECT_EQ (ReliabilityRig::checkBlock (buffer), "");
     EXPECT_NEAR (buffer.getMagnitude (0, 0, 512), expectedPeak, 0.01 * expectedPeak);
     EXPECT_EQ (processor.getNonFiniteCount(), 0);
 }
@@ -78,6 +67,6 @@ TEST (FiniteOutput, AVoiceWithInfiniteEnvelopeRatesIsSilencedAndCounted)
     sound->envelopeSampleRate = 0.0f;
     sound->sustain = 0.0f;
 
-    EXPECT_TRUE (allFinite (renderNote (processor)));
+    EXPECT_EQ (ReliabilityRig::checkBlock (renderNote (processor)), "");
     EXPECT_EQ (processor.getNonFiniteCount(), 1);
 }

@@ -12,12 +12,14 @@
 
 namespace
 {
-constexpr double hostRate = 48000.0, sourceRate = 44100.0;
+constexpr double sourceRate = 44100.0;
 constexpr int blockSize = 512;
 
 struct NoteCase
 {
     const char* name;
+    double hostRate;
+    int files;                  // the same file listed this many times: each its own root
     int curve;                  // 0 "Log", 1 "1/x", 2 "Atan"
     int sourceChannels, outputChannels;
     int note, velocity;         // MIDI
@@ -28,14 +30,15 @@ struct NoteCase
 };
 
 // Every curve, pitch up and down, both pan extremes, mono and stereo sources and
-// outputs, start offsets (from the length and from one second), notes up to ten seconds.
+// outputs, start offsets (from the length and from one second), notes up to ten seconds,
+// host rates below, at and above the file's, and keys of the second and third file.
 const NoteCase cases[] = {
-    { "LogUpLeftStereo",        0, 2, 2, 72, 127, 12.0, 3.0, 6.0,   0.7f, 0.0f, 0.05f, 0.9f, 0.3f, 0.7f, 0.0f, 0.0f,  false },
-    { "InverseDownRightOffset", 1, 1, 2, 48, 76,  4.0,  2.0, 4.0,   0.5f, 1.0f, 0.2f, 0.5f, 0.0f, 0.6f, 0.0f, 0.5f,  false },
-    { "AtanMonoOutSeconds",     2, 2, 1, 60, 100, 6.0,  1.5, 3.0,   0.6f, 0.5f, 0.02f, 0.3f, 0.4f, 0.5f, 1.0f, 0.35f, true },
-    { "LogTenSecondsDown",      0, 1, 1, 40, 127, 10.0, 8.0, 10.0,  0.5f, 0.3f, 0.001f, 1.0f, 0.5f, 0.3f, 0.0f, 0.0f, false },
-    { "AtanFastDecayLong",      2, 1, 2, 67, 90,  10.0, 6.0, 10.0,  0.8f, 0.8f, 0.0f, 0.05f, 0.2f, 0.9f, 0.5f, 0.0f, false },
-    { "InverseSlowAttack",      1, 2, 2, 55, 127, 3.0,  2.5, 3.0,   0.5f, 0.2f, 0.8f, 0.7f, 0.6f, 0.2f, 0.0f, 0.0f,  false },
+    { "LogUpLeftStereo",        48000.0, 1, 0, 2, 2, 72, 127, 12.0, 3.0, 6.0,   0.7f, 0.0f, 0.05f, 0.9f, 0.3f, 0.7f, 0.0f, 0.0f,  false },
+    { "InverseDownRightOffset", 48000.0, 1, 1, 1, 2, 48, 76,  4.0,  2.0, 4.0,   0.5f, 1.0f, 0.2f, 0.5f, 0.0f, 0.6f, 0.0f, 0.5f,  false },
+    { "AtanMonoOutSeconds",     48000.0, 1, 2, 2, 1, 60, 100, 6.0,  1.5, 3.0,   0.6f, 0.5f, 0.02f, 0.3f, 0.4f, 0.5f, 1.0f, 0.35f, true },
+    { "LogTenSecondsDown",      44100.0, 1, 0, 1, 1, 40, 127, 10.0, 8.0, 10.0,  0.5f, 0.3f, 0.001f, 1.0f, 0.5f, 0.3f, 0.0f, 0.0f, false },
+    { "AtanSecondFileAt96k",    96000.0, 2, 2, 1, 2, 67, 90,  10.0, 6.0, 10.0,  0.8f, 0.8f, 0.0f, 0.05f, 0.2f, 0.9f, 0.5f, 0.0f, false },
+    { "InverseThirdFileAttack", 48000.0, 3, 1, 2, 2, 56, 127, 3.0,  2.5, 3.0,   0.5f, 0.2f, 0.8f, 0.7f, 0.6f, 0.2f, 0.0f, 0.0f,  false },
 };
 
 /** The file's samples: a few partials that differ per channel, so that pitch, pan and
@@ -50,7 +53,7 @@ float sourceSample (int channel, int index)
 
 juce::AudioBuffer<float> engineRender (const NoteCase& c, const juce::File& file)
 {
-    Instrument instrument (hostRate, blockSize, c.outputChannels);
+    Instrument instrument (c.hostRate, blockSize, c.outputChannels);
     instrument.steady();
 
     for (const auto& [id, value] : { std::pair { "volume", c.volume }, { "pan", c.pan }, { "attack", c.attack },
@@ -59,10 +62,14 @@ juce::AudioBuffer<float> engineRender (const NoteCase& c, const juce::File& file
                                      { "vel2offs", c.velToOffset }, { "msec", c.milliseconds ? 1.0f : 0.0f } })
         instrument.set (id, value);
 
-    EXPECT_EQ (instrument.load ({ file.getFullPathName() }), 1);
-    return instrument.play ((int) (c.renderSeconds * hostRate),
+    juce::StringArray list;
+    for (auto i = 0; i < c.files; ++i)
+        list.add (file.getFullPathName());
+
+    EXPECT_EQ (instrument.load (list), c.files);
+    return instrument.play ((int) (c.renderSeconds * c.hostRate),
                             { Instrument::on (0, c.note, c.velocity),
-                              { (int) (c.heldSeconds * hostRate), juce::MidiMessage::noteOff (1, c.note) } });
+                              { (int) (c.heldSeconds * c.hostRate), juce::MidiMessage::noteOff (1, c.note) } });
 }
 
 class ReferenceRender : public testing::TestWithParam<NoteCase> {};
@@ -97,7 +104,9 @@ TEST_P (ReferenceRender, EverySampleIsWithinMinus80DecibelsOfTheRules)
     // 1 - x magnifies the rounding of x forty thousand times, so the reference follows
     // them to the last bit there.
     const auto velocity = c.velocity / 127.0;
-    const auto ratio = std::pow (2.0, (c.note - 60) / 12.0) * sourceRate / hostRate;
+    // File i of n has root 60 - i and the keys i, i + n, i + 2n, ...
+    const auto hostRate = c.hostRate;
+    const auto ratio = std::pow (2.0, (c.note - 60 + c.note % c.files) / 12.0) * sourceRate / hostRate;
     const auto x = std::pow (std::clamp ((float) c.velocity / 127.0f * 1.05f, 0.0f, 1.0f), c.velToOffset * c.velToOffset * 3.0f);
     const auto span = c.milliseconds ? (float) sourceRate : (float) (length + 4);
     auto position = c.velToOffset < 0.0001f ? 0.0 : std::clamp ((double) ((1.0f - x) * span), 0.0, (double) lastIndex);

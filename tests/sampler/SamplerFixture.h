@@ -24,24 +24,6 @@ protected:
         return folder.file (name).getFullPathName();
     }
 
-    /** Frequency from the rising zero crossings of [start, end), each placed to a
-        fraction of a sample, counting whole periods between the first and the last. */
-    static double frequency (const float* samples, int start, int end, double sampleRate)
-    {
-        double first = -1.0, last = -1.0;
-        auto crossings = 0;
-
-        for (auto i = start + 1; i < end; ++i)
-            if (samples[i - 1] < 0.0f && samples[i] >= 0.0f)
-            {
-                last = (double) (i - 1) + (double) (-samples[i - 1] / (samples[i] - samples[i - 1]));
-                first = first < 0.0 ? last : first;
-                ++crossings;
-            }
-
-        return crossings < 2 ? 0.0 : (crossings - 1) * sampleRate / (last - first);
-    }
-
     // The level of a centred note at volume 0.5 and Vel > Volume 0, per unit of source:
     // 0.5^3 * 10^(18/20) * 10 * 0.5^3 * sqrt (0.5).
     static constexpr double centred = 0.87762;

@@ -39,15 +39,7 @@ std::vector<std::pair<juce::String, juce::String>> attributesOf (const std::stri
     return attributes;
 }
 
-/** Restores a block with the three restore flags primed the other way; whatever the
-    block held, the restore sets all three. */
-void restore (juce::AudioProcessorVantrel& processor, const std::string& block)
-{
-    processor.controlsNeedUpdate = processor.stateChanged = false;
-    processor.sampleCounter = 4321;
-    processor.setStateInformation (block.data(), (int) block.size());
-    EXPECT_TRUE (processor.controlsNeedUpdate && processor.stateChanged && processor.sampleCounter == 0);
-}
+void restore (juce::AudioProcessor& processor, const std::string& block) { processor.setStateInformation (block.data(), (int) block.size()); }
 
 // volume: after the restore, below 0 when the block is refused; key: a property to
 // check, with its value (nullptr: absent).
@@ -146,33 +138,21 @@ TEST (State, AFreshProcessorSavesTheExactDocument)
     EXPECT_EQ (saved, wrap (text.toStdString()));
 }
 
-TEST (State, EveryParameterAndAnAwkwardFileListSurviveASaveAndARestore)
+// (The fuzz suite also saves, restores and saves again every block it restores.)
+TEST (State, AnAwkwardFileListSurvivesAndRestoredParametersAreWrittenOnce)
 {
-    const auto files = juce::String::fromUTF8 ("/home/user/My Samples/kick drum.wav\n"
-                                               "/home/user/\xc3\x9c" "ber Kl\xc3\xa4nge/caf\xc3\xa9 \xe5\xa3\xb0.aiff\n"
-                                               "/tmp/\"line\nfeed\" in quotes.flac");
-    VantrelSampivoAudioProcessor source, destination;
-    auto step = 0;
-
-    // Sixteenths print exactly with four decimals, and none is a default.
-    for (auto* parameter : source.getParameters())
-        parameter->setValue (parameter == source.millisecondsParam ? 1.0f : 0.0625f * (float) ++step);
-
+    const auto files = juce::String::fromUTF8 ("/home/user/My Samples/kick drum.wav\n/home/\xc3\x9c" "ber/caf\xc3\xa9 \xe5\xa3\xb0.aiff\n"
+                                               "/tmp/\"line\nfeed\" & <quotes>.flac");
+    VantrelSampivoAudioProcessor source, processor;
     source.setStateProperty ("filenames", files);
-    const auto block = save (source);
-    restore (destination, block);
+    source.volumeParam->setValueNotifyingHost (0.25f);
+    restore (processor, save (source));
+    EXPECT_EQ (processor.getStateProperty ("filenames"), files);
 
-    for (auto i = 0; i < 14; ++i)
-        EXPECT_EQ (destination.getParameters()[i]->getValue(), source.getParameters()[i]->getValue()) << i;
-
-    EXPECT_EQ (destination.getStateProperty ("filenames"), files);
-    EXPECT_EQ (attributesOf (save (destination)), attributesOf (block));
-
-    // A restored document's parameters are written once, from their own values.
-    destination.volumeParam->setValueNotifyingHost (0.75f);
-    const auto again = attributesOf (save (destination));
-    EXPECT_EQ (std::count_if (again.begin(), again.end(), [] (const auto& a) { return a.first == "volume"; }), 1);
-    EXPECT_EQ (again.front().second, "0.7500");
+    processor.volumeParam->setValueNotifyingHost (0.75f);
+    const auto saved = attributesOf (save (processor));
+    EXPECT_EQ (std::count_if (saved.begin(), saved.end(), [] (const auto& a) { return a.first == "volume"; }), 1);
+    EXPECT_EQ (saved.front(), std::pair (juce::String ("volume"), juce::String ("0.7500")));
 }
 
 // Hosts save, restore and save again to see whether the user changed anything (undo,
