@@ -26,19 +26,19 @@ struct NoteCase
     double sourceSeconds;       // the file's length (only ten seconds are kept)
     double heldSeconds, renderSeconds;
     float volume, pan, attack, decay, sustain, release, velToVolume, velToOffset;
-    bool milliseconds;
+    float milliseconds;         // the switch: on from one half up
 };
 
 // Every curve, pitch up and down, both pan extremes, mono and stereo sources and
 // outputs, start offsets (from the length and from one second), notes up to ten seconds,
 // host rates below, at and above the file's, and keys of the second and third file.
 const NoteCase cases[] = {
-    { "LogUpLeftStereo",        48000.0, 1, 0, 2, 2, 72, 127, 12.0, 3.0, 6.0,   0.7f, 0.0f, 0.05f, 0.9f, 0.3f, 0.7f, 0.0f, 0.0f,  false },
-    { "InverseDownRightOffset", 48000.0, 1, 1, 1, 2, 48, 76,  4.0,  2.0, 4.0,   0.5f, 1.0f, 0.2f, 0.5f, 0.0f, 0.6f, 0.0f, 0.5f,  false },
-    { "AtanMonoOutSeconds",     48000.0, 1, 2, 2, 1, 60, 100, 6.0,  1.5, 3.0,   0.6f, 0.5f, 0.02f, 0.3f, 0.4f, 0.5f, 1.0f, 0.35f, true },
-    { "LogTenSecondsDown",      44100.0, 1, 0, 1, 1, 40, 127, 10.0, 8.0, 10.0,  0.5f, 0.3f, 0.001f, 1.0f, 0.5f, 0.3f, 0.0f, 0.0f, false },
-    { "AtanSecondFileAt96k",    96000.0, 2, 2, 1, 2, 67, 90,  10.0, 6.0, 10.0,  0.8f, 0.8f, 0.0f, 0.05f, 0.2f, 0.9f, 0.5f, 0.0f, false },
-    { "InverseThirdFileAttack", 48000.0, 3, 1, 2, 2, 56, 127, 3.0,  2.5, 3.0,   0.5f, 0.2f, 0.8f, 0.7f, 0.6f, 0.2f, 0.0f, 0.0f,  false },
+    { "LogUpLeftStereo",        48000.0, 1, 0, 2, 2, 72, 127, 12.0, 3.0, 6.0,   0.7f, 0.0f, 0.05f, 0.9f, 0.3f, 0.7f, 0.0f, 0.3f,  0.0f },
+    { "InverseDownRightOffset", 48000.0, 1, 1, 1, 2, 48, 76,  4.0,  2.0, 4.0,   0.5f, 1.0f, 0.2f, 0.5f, 0.0f, 0.6f, 0.0f, 0.5f,  0.0f },
+    { "AtanMonoOutSeconds",     48000.0, 1, 2, 2, 1, 60, 100, 6.0,  1.5, 3.0,   0.6f, 0.5f, 0.02f, 0.3f, 0.4f, 0.5f, 1.0f, 0.35f, 0.5f },
+    { "LogTenSecondsDown",      44100.0, 1, 0, 1, 1, 40, 127, 10.0, 8.0, 10.0,  0.5f, 0.3f, 0.001f, 1.0f, 0.5f, 0.3f, 0.0f, 0.0f, 0.0f },
+    { "AtanSecondFileAt96k",    96000.0, 2, 2, 1, 2, 67, 90,  10.0, 6.0, 10.0,  0.8f, 0.8f, 0.0f, 0.05f, 0.2f, 0.9f, 0.5f, 0.0f, 0.0f },
+    { "InverseThirdFileAttack", 48000.0, 3, 1, 2, 2, 56, 127, 3.0,  2.5, 3.0,   0.5f, 0.2f, 0.8f, 0.7f, 0.6f, 0.2f, 0.0f, 0.0f,  0.0f },
 };
 
 /** The file's samples: a few partials that differ per channel, so that pitch, pan and
@@ -59,7 +59,7 @@ juce::AudioBuffer<float> engineRender (const NoteCase& c, const juce::File& file
     for (const auto& [id, value] : { std::pair { "volume", c.volume }, { "pan", c.pan }, { "attack", c.attack },
                                      { "decay", c.decay }, { "sustain", c.sustain }, { "release", c.release },
                                      { "curve", (float) c.curve / 9.0f }, { "vel2vol", c.velToVolume },
-                                     { "vel2offs", c.velToOffset }, { "msec", c.milliseconds ? 1.0f : 0.0f } })
+                                     { "vel2offs", c.velToOffset }, { "msec", c.milliseconds } })
         instrument.set (id, value);
 
     juce::StringArray list;
@@ -108,7 +108,7 @@ TEST_P (ReferenceRender, EverySampleIsWithinMinus80DecibelsOfTheRules)
     const auto hostRate = c.hostRate;
     const auto ratio = std::pow (2.0, (c.note - 60 + c.note % c.files) / 12.0) * sourceRate / hostRate;
     const auto x = std::pow (std::clamp ((float) c.velocity / 127.0f * 1.05f, 0.0f, 1.0f), c.velToOffset * c.velToOffset * 3.0f);
-    const auto span = c.milliseconds ? (float) sourceRate : (float) (length + 4);
+    const auto span = c.milliseconds >= 0.5f ? (float) sourceRate : (float) (length + 4);
     auto position = c.velToOffset < 0.0001f ? 0.0 : std::clamp ((double) ((1.0f - x) * span), 0.0, (double) lastIndex);
     const auto level = [&] { const auto g = (1.0 - c.velToVolume) * 0.5 + c.velToVolume * velocity; return gain * g * g * g; }();
     const auto q = (2.0 * c.pan - 1.0) * 0.5;
