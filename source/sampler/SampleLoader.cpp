@@ -1,5 +1,6 @@
 #include "sampler/SampleLoader.h"
 
+#include "sampler/SampleFileStream.h"
 #include "sampler/SamplerSoundLog.h"
 
 namespace
@@ -176,10 +177,10 @@ juce::SamplerSoundLog* SampleLoader::loadSound (const juce::String& path, int in
         if (! format->canHandleFile (file))
             continue;
 
-        auto stream = file.createInputStream();
+        auto stream = SampleFileStream::open (file);
 
         if (stream == nullptr)
-            continue;
+            return nullptr;
 
         // The format deletes the stream itself when it can't read it.
         reader.reset (format->createReaderFor (stream.release(), true));

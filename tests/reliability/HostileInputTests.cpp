@@ -2,11 +2,14 @@
 // files come from a seeded mutator over a valid file of each format, so every run tries
 // the same ones: headers that lie about lengths, rates and channels, cut files, noise.
 #include "reliability/ReliabilityRig.h"
+#include "sampler/SampleFileStream.h"
 #include "support/ByteMutator.h"
 
 #include <gtest/gtest.h>
 
 #include <numeric>
+
+#include <sys/stat.h>
 
 using namespace ReliabilityRig;
 
@@ -46,8 +49,16 @@ TEST (HostileInput, EachDamagedFileBetweenTwoGoodOnesLeavesThemPlaying)
 {
     const AudioFixtures::TempFolder folder;
     const auto good = writeSines (folder, { "first.wav", "last.wav" });
-    folder.file ("a folder.wav").createDirectory();
-    juce::StringArray hostile { folder.file ("a folder.wav").getFullPathName(), folder.file ("absent.flac").getFullPathName(), "/", "relative.wav" };
+    juce::StringArray hostile { folder.file ("absent.flac").getFullPathName(), "/", "relative.wav" };
+
+    // Directories and a pipe named like audio files: a decoder reading one would wait
+    // or ask for more bytes for ever.
+    for (const auto* name : { "a folder.wav", "a folder.flac", "a folder.mp3", "a folder.aiff" })
+        if (folder.file (name).createDirectory())
+            hostile.add (folder.file (name).getFullPathName());
+
+    if (::mkfifo (folder.file ("a pipe.wav").getFullPathName().toRawUTF8(), 0600) == 0)
+        hostile.add (folder.file ("a pipe.wav").getFullPathName());
     std::vector<ByteMutator::Bytes> sources;
     juce::StringArray endings;
 
@@ -81,5 +92,44 @@ TEST (HostileInput, EachDamagedFileBetweenTwoGoodOnesLeavesThemPlaying)
         EXPECT_EQ (std::pair (sounds.at (good[0]), sounds.at (good[1])), std::pair (60, 58)) << path;
         EXPECT_LE (sounds.size(), 3u) << path;
         EXPECT_GT (render (processor, 512, { 0, 2 }).getMagnitude (0, 512), 0.001f) << path;
+    }
+}
+
+// A read that fails part-way through a file (a disk or network error) ends the stream:
+// the decoders stop with what they have instead of asking for more bytes for ever.
+TEST (HostileInput, AReadThatFailsPartWayEndsTheDecoding)
+{
+    struct FailingHalfWay : juce::MemoryInputStream
+    {
+        using juce::MemoryInputStream::MemoryInputStream;
+        int read (void* buffer, int bytes) override
+        {
+            const auto left = (juce::int64) getDataSize() / 2 - getPosition();
+            return left > 0 ? MemoryInputStream::read (buffer, (int) juce::jmin ((juce::int64) bytes, left)) : 0;
+        }
+        bool isExhausted() override { return false; }
+    };
+
+    const AudioFixtures::TempFolder folder;
+    juce::AudioFormatManager formats;
+    formats.registerBasicFormats();
+
+    for (const auto* name : { "s.flac", "s.mp3", "s.wav" })
+    {
+        const auto file = folder.file (name);
+        juce::MemoryBlock bytes;
+        if (! (file.hasFileExtension ("mp3") ? AudioFixtures::writeSineMp3 (file, 44100.0, 1.0, 440.0) : AudioFixtures::writeSine (file, 44100.0, 2, 1.0, 440.0))
+            || ! file.loadFileAsData (bytes))
+            continue;
+
+        auto stream = std::make_unique<SampleFileStream> (std::make_unique<FailingHalfWay> (bytes, false));
+        const std::unique_ptr<juce::AudioFormatReader> reader (formats.findFormatForFileExtension (file.getFileExtension())->createReaderFor (stream.release(), true));
+        ASSERT_NE (reader, nullptr) << name;
+        juce::AudioBuffer<float> audio ((int) reader->numChannels, 44100);
+        reader->read (&audio, 0, 44100, 0, true, true);
+
+        // The first quarter second came through; the rest is silence.
+        EXPECT_GT (audio.getMagnitude (0, 0, 11025), 0.4f) << name;
+        EXPECT_EQ (audio.getMagnitude (0, 33075, 11025), 0.0f) << name;
     }
 }
