@@ -22,7 +22,7 @@ which="${1:-all}"
 # the bundle. A timing-dependent fault may hide from one run, so they run
 # SAMPIVO_STRESS_RUNS times (default 3), each with a seed of its own; a failure names
 # its seed, and SAMPIVO_STRESS_SEED=<seed> replays the same random choices.
-stress_tests='^reliability\.(ProcessorStress|LoaderStress|FiniteOutput)\.'
+stress_tests='^reliability\.(ProcessorStress|FiniteOutput)\.'
 stress_runs="${SAMPIVO_STRESS_RUNS:-3}"
 
 step() {
