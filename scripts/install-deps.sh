@@ -27,6 +27,11 @@ for package in "${packages[@]}"; do
 done
 
 if [ "${#missing[@]}" -gt 0 ]; then
+    if [ "${#sudo_cmd[@]}" -gt 0 ] && ! command -v sudo >/dev/null 2>&1; then
+        echo "install-deps: these Debian packages are missing: ${missing[*]}" >&2
+        echo "install-deps: run as root or install sudo (then run this again)" >&2
+        exit 1
+    fi
     export DEBIAN_FRONTEND=noninteractive
     "${sudo_cmd[@]}" apt-get update -qq
     "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
