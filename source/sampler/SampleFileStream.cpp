@@ -22,6 +22,11 @@ std::unique_ptr<SampleFileStream> SampleFileStream::open (const juce::File& file
     return nullptr;
 }
 
+bool SampleFileStream::failedBeforeItsEnd()
+{
+    return ended && ! source->isExhausted();
+}
+
 juce::int64 SampleFileStream::getTotalLength() { return source->getTotalLength(); }
 
 bool SampleFileStream::isExhausted() { return ended || source->isExhausted(); }

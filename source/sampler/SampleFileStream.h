@@ -22,6 +22,9 @@ public:
     /** Opens a regular file (not a directory, pipe or device), or returns nullptr. */
     static std::unique_ptr<SampleFileStream> open (const juce::File& file);
 
+    /** True once a read failed (brought nothing) before the end of the file. */
+    bool failedBeforeItsEnd();
+
     juce::int64 getTotalLength() override;
     bool isExhausted() override;
     int read (void* destBuffer, int maxBytesToRead) override;

@@ -10,6 +10,9 @@ constexpr int releaseIntervalMs = 200;
 
 /** How often it looks while a set waits in either mailbox. */
 constexpr int mailboxIntervalMs = 5;
+
+/** How many times a file whose reading failed part-way is read. */
+constexpr int maxReadAttempts = 3;
 } // namespace
 
 SampleLoader::SampleLoader (SampleSynthesiser& synthToFill, juce::AudioFormatManager& formatsToUse,
@@ -168,29 +171,49 @@ bool SampleLoader::build (const juce::String& fileList, const SoundSettings& set
 juce::SamplerSoundLog* SampleLoader::loadSound (const juce::String& path, int index, int count) const
 {
     const auto file = juce::File::getCurrentWorkingDirectory().getChildFile (path);
-    std::unique_ptr<juce::AudioFormatReader> reader;
 
-    for (auto i = 0; i < formats.getNumKnownFormats() && reader == nullptr; ++i)
+    // A read that fails part-way (a descriptor closed from elsewhere in the process, a
+    // network share that stalls) usually succeeds on a fresh descriptor: such a file is
+    // read again, a few times at most, and the last reading is kept whatever it holds.
+    for (auto attempt = 1;; ++attempt)
     {
-        auto* format = formats.getKnownFormat (i);
+        std::unique_ptr<juce::AudioFormatReader> reader;
+        SampleFileStream* readFrom = nullptr;
+        auto failed = false;
 
-        if (! format->canHandleFile (file))
-            continue;
+        for (auto i = 0; i < formats.getNumKnownFormats() && reader == nullptr; ++i)
+        {
+            auto* format = formats.getKnownFormat (i);
 
-        auto stream = SampleFileStream::open (file);
+            if (! format->canHandleFile (file))
+                continue;
 
-        if (stream == nullptr)
-            return nullptr;
+            auto stream = SampleFileStream::open (file);
 
-        // The format deletes the stream itself when it can't read it.
-        reader.reset (format->createReaderFor (stream.release(), true));
+            if (stream == nullptr)
+                return nullptr;
+
+            // A reader that opens owns the stream; one that can't leaves it here.
+            reader.reset (format->createReaderFor (stream.get(), false));
+
+            if (reader != nullptr)
+                readFrom = stream.release();
+            else
+                failed = failed || stream->failedBeforeItsEnd();
+        }
+
+        std::unique_ptr<juce::SamplerSoundLog> sound;
+
+        if (reader != nullptr)
+        {
+            // The sound copies the audio, so the reader and its file are released right away.
+            sound = std::make_unique<juce::SamplerSoundLog> (path, *reader, notesForSample (index, count), rootNoteForSample (index, count));
+            failed = readFrom->failedBeforeItsEnd();
+        }
+
+        if (! failed || attempt == maxReadAttempts)
+            return sound.release();
     }
-
-    if (reader == nullptr)
-        return nullptr;
-
-    // The sound copies the audio, so the reader and its file are released right away.
-    return new juce::SamplerSoundLog (path, *reader, notesForSample (index, count), rootNoteForSample (index, count));
 }
 
 void SampleLoader::publish (Sounds& sounds)

@@ -10,6 +10,7 @@
 #include <numeric>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace ReliabilityRig;
 
@@ -132,4 +133,34 @@ TEST (HostileInput, AReadThatFailsPartWayEndsTheDecoding)
         EXPECT_GT (audio.getMagnitude (0, 0, 11025), 0.4f) << name;
         EXPECT_EQ (audio.getMagnitude (0, 33075, 11025), 0.0f) << name;
     }
+}
+
+// What JUCE's ChildProcess does now and then (it closes its pipe twice): a descriptor
+// that another thread holds is closed under it. A file whose descriptor goes while the
+// loader reads it is read again, and loads whole.
+TEST (HostileInput, AFileWhoseDescriptorIsClosedWhileItLoadsIsReadAgain)
+{
+    const AudioFixtures::TempFolder folder;
+    const auto file = folder.file ("long.flac");
+    ASSERT_TRUE (AudioFixtures::writeSine (file, 48000.0, 2, 10.0, 440.0));
+    VantrelSampivoAudioProcessor processor;
+    Instrument::prepare (processor, 48000.0, 512);
+    auto closed = false;
+
+    for (auto attempt = 0; attempt < 50 && ! closed; ++attempt)
+    {
+        Instrument::drop (processor, file.getFullPathName());
+
+        while (! closed && processor.isLoadingSamples.load())
+            for (const auto& entry : juce::File ("/proc/self/fd").findChildFiles (juce::File::findFiles, false))
+                if (! closed && entry.getLinkedTarget() == file)
+                    closed = ::close (entry.getFileName().getIntValue()) == 0;
+
+        Instrument::settle (processor);
+    }
+
+    ASSERT_TRUE (closed);
+    ASSERT_EQ (processor.synth.getNumSounds(), 1);
+    const auto* audio = dynamic_cast<juce::SamplerSoundLog*> (processor.synth.getSound (0).get())->getAudioData();
+    EXPECT_GT (audio->getMagnitude (0, 470000, 10000), 0.45f);
 }
