@@ -89,9 +89,8 @@ TEST (Allocations, NoneFromTheFirstBlockThroughFullPolyphonyAndADrop)
     EXPECT_EQ (mostVoices, 128u);
 
     // The lower 64 keys struck on two channels keep all 128 voices busy through the drop
-    // (none pitched up far enough to end within a few blocks); the counted blocks run
-    // until the new set is playing, then paced, so that the loader takes back the old
-    // set while voices still play it: the last of them to end must not free a sound here.
+    // (none pitched up far enough to end within a few blocks); the counted blocks are
+    // paced, so that the old notes still sound when the new set plays.
     instrument.steady().processor.synth.allNotesOff (0, false);
 
     juce::MidiBuffer allKeys, none;
@@ -104,7 +103,14 @@ TEST (Allocations, NoneFromTheFirstBlockThroughFullPolyphonyAndADrop)
     Instrument::drop (instrument.processor, files.joinIntoString ("\n"));
 
     while (instrument.processor.isLoadingSamples.load() || instrument.processor.synth.getNumSounds() != 32)
+    {
         drop += countedBlock (instrument, buffer, none, 512);
+        std::this_thread::sleep_for (std::chrono::milliseconds (1));
+    }
+
+    // By now the loader has taken the old set back while the old notes still sound; the
+    // strikes below steal their voices, which let go of the old sounds here.
+    std::this_thread::sleep_for (std::chrono::milliseconds (50));
 
     for (auto block = 0; block < 50; ++block)
     {
