@@ -1,6 +1,7 @@
 #include "processor/AudioProcessorVantrel.h"
 
 #include "processor/HostEnvironment.h"
+#include "processor/NumberText.h"
 #include "SampivoBuildInfo.h"
 
 #include <cmath>
@@ -404,7 +405,7 @@ void AudioProcessorVantrel::setStateInformation (const void* data, int sizeInByt
                 auto value = (double) withID->getValue();
 
                 if (xml->hasAttribute (withID->paramID))
-                    value = xml->getStringAttribute (withID->paramID).getDoubleValue();
+                    value = NumberText::toDouble (xml->getStringAttribute (withID->paramID));
 
                 // Clamped while still a double: a huge number must not reach the float
                 // conversion. NaN becomes 0 through fmax, like any other unreadable value.

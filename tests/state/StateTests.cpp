@@ -1,6 +1,7 @@
 // The saved state: the exact bytes a save writes, what a restore takes, and every
 // block it refuses.
 #include "processor/HostEnvironment.h"
+#include "processor/NumberText.h"
 #include "processor/VantrelSampivoAudioProcessor.h"
 #include "support/AudioFixtures.h"
 #include "support/Instrument.h"
@@ -85,6 +86,8 @@ INSTANTIATE_TEST_SUITE_P (State, Restore, testing::Values (
     BlockRow { "NoFinalZeroByte", withLengthWord (good, 1000).substr (0, good.size() - 1), 0.1f, "filenames", "/other.wav" },
     BlockRow { "TextEndsAtAZeroByte", wrap (std::string ("<settings volume=\"0.3000\"/>") + '\0' + "<junk"), 0.3f },
     BlockRow { "OutOfRangeValuesClamped", document ("<settings volume=\"1.7\" msec=\"1.7\" pan=\"1e999\"/>"), 1.0f },
+    // Exponents beyond an int: JUCE's own reader wraps this one round to 0.
+    BlockRow { "ExponentBeyondAnInt", document ("<settings volume=\"1234567890123456789e2147483647\" pan=\"7E77777777777777777\"/>"), 1.0f },
     BlockRow { "ChildrenAndComments", document ("<!-- by hand --><settings volume=\"0.3000\"><n k=\"x\">hi</n><![CDATA[<<>>]]></settings>"), 0.3f },
     BlockRow { "EmptyAttributeKept", document ("<settings volume=\"0.5000\" empty=\"\"/>"), 0.5f, "empty", "" },
     BlockRow { "CharacterReferences", document ("<settings volume=\"0.5000\" a=\"&#x41;&#66;&#x10FFFF;&#10;&amp;\"/>"), 0.5f, "a", "AB\xf4\x8f\xbf\xbf\n&" },
@@ -116,6 +119,28 @@ INSTANTIATE_TEST_SUITE_P (State, Restore, testing::Values (
     BlockRow { "ReferenceTooLong", document ("<settings volume=\"0.1000\" a=\"&#99999999999;\"/>"), -1 },
     BlockRow { "ReferenceWithoutDigits", document ("<settings volume=\"0.1000\" a=\"&#;\"/>"), -1 }),
     RowName());
+
+// Every text JUCE's reader reads without overflowing must read to the same value; the
+// rest (exponents past an int) have values of their own, worked out by hand.
+TEST (State, NumbersReadAsJuceReadsThemAndLongExponentsWithoutOverflow)
+{
+    for (const auto* text : { "0.5", "-0.25", " \t 0.75", "+1", "1e-3", "2.5E+2", "0.5000abc", "abc", "", "-", "nan", "-inf", "Infinity",
+                              "-0", "-0.0", "-0.", "00", "0e5", "0e999", "-0e-999", ".5", "5.", "1e", "1e+", "12345678901234567890123",
+                              "0.12345678901234567890123", "3.14159265358979323846264", "0.000000000000000000001", "1e308", "9e308",
+                              "1.7976931348623157e308", "1e-307", "1e-308", "1e-310", "1e309", "100000000000000000000000e-10", "0x10", "1,5" })
+    {
+        const auto expected = juce::String (text).getDoubleValue();
+        const auto read = NumberText::toDouble (text);
+        EXPECT_TRUE (std::isnan (expected) ? std::isnan (read) : read == expected && std::signbit (read) == std::signbit (expected)) << text;
+    }
+
+    const auto infinity = std::numeric_limits<double>::infinity();
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, double>> {
+             { "777777777777777E7777777777777777777", infinity }, { "1e2147483648", infinity }, { "-1e99999999999999999999", -infinity },
+             { "1234567890123456789e2147483647", infinity }, { "1e-2147483649", 0.0 }, { "5e-99999999999999999999", 0.0 },
+             { std::string (1100, '9'), infinity } })
+        EXPECT_EQ (NumberText::toDouble (text), expected) << text;
+}
 
 TEST (State, AFreshProcessorSavesTheExactDocument)
 {
