@@ -14,8 +14,9 @@ namespace juce
     when a note starts.
 
     At most ten seconds and two channels of the file are kept, plus four spare samples
-    so that linear interpolation may read one sample past the end. A reader without
-    samples, or with a rate of 0 or below, gives a sound without audio, which plays
+    so that linear interpolation may read one sample past the end, and only finite
+    samples of a bounded size. A reader without samples, with a rate of 0 or below, or
+    with frames wider than any sample file's, gives a sound without audio, which plays
     as silence.
 
     The playback fields are written from the message thread and the audio thread and
@@ -67,7 +68,17 @@ public:
     /** Samples kept after the end so that interpolation can read past it. */
     static constexpr int guardSamples = 4;
 
+    /** A file with more channels or bits per sample than these, or with fewer than 8
+        bits per sample, gives a sound without audio. */
+    static constexpr unsigned int maxChannelsRead = 256, maxBitsPerSampleRead = 64;
+
+    /** The largest sample value kept (+60 dB over full scale): a file's NaN and
+        infinities are kept as 0, larger values as this. */
+    static constexpr float maxSampleMagnitude = 1000.0f;
+
 private:
+    static void keepSamplesFinite (AudioBuffer<float>& audio) noexcept;
+
     String name;
     std::unique_ptr<AudioBuffer<float>> data;
     double sourceSampleRate = 0.0;
