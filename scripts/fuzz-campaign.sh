@@ -42,7 +42,9 @@ for target in "${targets[@]}"; do
         -max_len="${max_len[$target]}" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
         -artifact_prefix="$build/findings/$target-" "$corpus" > /dev/null 2>&1) || true
 
-    executions=$(cat "$logs"/fuzz-*.log | sed -n 's/^Done \([0-9]*\) runs.*/\1/p' | awk '{ s += $1 } END { print s + 0 }')
+    # Each job's last status line ("#<executions> ...") counts, whether it ran to the
+    # end or stopped on a finding.
+    executions=$(for log in "$logs"/fuzz-*.log; do grep -o '^#[0-9]*' "$log" | tail -1 | tr -d '#'; done | awk '{ s += $1 } END { print s + 0 }')
 
     # The merge keeps the inputs that reach new coverage; its last line gives the
     # coverage of the whole corpus.
