@@ -1,6 +1,7 @@
 #include "editor/WaveThumbnail.h"
 
 #include "processor/VantrelSampivoAudioProcessor.h"
+#include "sampler/RememberedFolders.h"
 
 namespace
 {
@@ -54,6 +55,39 @@ void WaveThumbnail::filesDropped (const juce::StringArray& files, int, int)
         processor.requestSampleLoad (true);
     }
 
+    repaint();
+}
+
+bool WaveThumbnail::showsMissingFiles() const
+{
+    return ! processor.isLoadingSamples.load() && processor.getNumLoadedSounds() == 0
+           && processor.getStateProperty ("filenames").isNotEmpty();
+}
+
+void WaveThumbnail::mouseUp (const juce::MouseEvent&)
+{
+    if (! showsMissingFiles() || choosing)
+        return;
+
+    // The chooser lives until the next one: JUCE calls back from inside it.
+    choosing = true;
+    chooser = std::make_unique<juce::FileChooser> ("Find the missing files in...");
+    chooser->launchAsync (juce::FileBrowserComponent::openMode | juce::FileBrowserComponent::canSelectDirectories,
+                          [this] (const juce::FileChooser& chosen)
+                          {
+                              choosing = false;
+                              searchFolder (chosen.getResult());
+                          });
+}
+
+void WaveThumbnail::searchFolder (const juce::File& folder)
+{
+    if (! folder.isDirectory())
+        return;
+
+    RememberedFolders::add (folder);
+    processor.setSampleLoadStatus ({});
+    processor.requestSampleLoad (true);
     repaint();
 }
 

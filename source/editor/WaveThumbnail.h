@@ -21,6 +21,13 @@ public:
     bool isInterestedInFileDrag (const juce::StringArray& files) override;
     void filesDropped (const juce::StringArray& files, int x, int y) override;
 
+    /** A click on the red "missing" text asks for a folder to find the files in: the
+        folder is remembered for every later load, and the list is loaded again. */
+    void mouseUp (const juce::MouseEvent& event) override;
+
+    /** Remembers the folder and loads the list again, searching it for missing files. */
+    void searchFolder (const juce::File& folder);
+
     /** True when the path's text ends like an audio file the instrument reads,
         whatever the case. The file itself is not looked at. */
     static bool isAudioFileName (const juce::String& path);
@@ -36,7 +43,11 @@ public:
     Message describeState() const;
 
 private:
+    bool showsMissingFiles() const;
+
     VantrelSampivoAudioProcessor& processor;
+    std::unique_ptr<juce::FileChooser> chooser;
+    bool choosing = false;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (WaveThumbnail)
 };

@@ -201,6 +201,18 @@ void AudioProcessorVantrel::setStateProperty (const String& key, const String& v
     stateProperties[key] = value;
 }
 
+bool AudioProcessorVantrel::replaceStateProperty (const String& key, const String& expected, const String& value)
+{
+    const std::lock_guard<std::mutex> lock (statePropertiesLock);
+    const auto found = stateProperties.find (key);
+
+    if (found == stateProperties.end() || found->second != expected)
+        return false;
+
+    found->second = value;
+    return true;
+}
+
 std::map<String, String> AudioProcessorVantrel::getStatePropertiesSnapshot() const
 {
     const std::lock_guard<std::mutex> lock (statePropertiesLock);

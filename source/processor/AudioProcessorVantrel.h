@@ -80,6 +80,10 @@ public:
     /** Stores value under key, replacing any previous value. */
     void setStateProperty (const String& key, const String& value);
 
+    /** Stores value under key only if the key still holds expected (for a thread that
+        worked on a value while another may have replaced it). */
+    bool replaceStateProperty (const String& key, const String& expected, const String& value);
+
     /** A copy of the whole property map, taken under its lock. */
     std::map<String, String> getStatePropertiesSnapshot() const;
 

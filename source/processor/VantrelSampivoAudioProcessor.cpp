@@ -42,6 +42,17 @@ VantrelSampivoAudioProcessor::VantrelSampivoAudioProcessor()
 {
     formatManager.registerBasicFormats();
 
+    // Moved files found by the loader go into the project's list, unless a drop or a
+    // restore replaced the list meanwhile.
+    loader.onListRelinked = [this] (const juce::String& asked, const juce::String& loaded)
+    {
+        replaceStateProperty ("filenames", asked, loaded);
+    };
+    loader.onSearchGaveUp = [this] (int entriesSearched)
+    {
+        setSampleLoadStatus ("Search for missing files stopped after " + juce::String (entriesSearched) + " files");
+    };
+
     using Kind = juce::AudioParameterFloatVantrel::DisplayKind;
 
     // The host's parameter index is the order of these calls.

@@ -1,6 +1,8 @@
 #include "sampler/SampleLoader.h"
 
+#include "sampler/RememberedFolders.h"
 #include "sampler/SampleFileStream.h"
+#include "sampler/SampleRelinker.h"
 #include "sampler/SamplerSoundLog.h"
 
 namespace
@@ -145,6 +147,35 @@ bool SampleLoader::build (const juce::String& fileList, const SoundSettings& set
     juce::StringArray paths;
     paths.addTokens (fileList, "\n", "\"");
     filesDone.store (0, std::memory_order_relaxed);
+
+    // Files that moved are looked for in the folders the user chose before; what is
+    // found takes its entry's place, in the project's list too.
+    if (SampleRelinker::hasMissingEntries (paths))
+    {
+        if (const auto folders = RememberedFolders::load(); ! folders.isEmpty())
+        {
+            const auto result = SampleRelinker::relink (paths, folders);
+
+            if (result.gaveUp && onSearchGaveUp != nullptr)
+                onSearchGaveUp (SampleRelinker::maxEntriesSearched);
+
+            if (result.found > 0)
+            {
+                paths = result.entries;
+                const auto relinked = paths.joinIntoString ("\n");
+
+                {
+                    // Asking for the found list later is asking for what is loaded.
+                    const std::lock_guard<std::mutex> lock (requestLock);
+                    if (lastList == fileList)
+                        lastList = relinked;
+                }
+
+                if (onListRelinked != nullptr)
+                    onListRelinked (fileList, relinked);
+            }
+        }
+    }
 
     for (auto i = 0; i < paths.size(); ++i)
     {

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 
 namespace juce
@@ -65,6 +66,14 @@ public:
 
     /** The key at which file index of count plays at its own pitch: 60 - index. */
     static int rootNoteForSample (int index, int count);
+
+    /** Called on the loader thread when a list had missing files and the search through
+        the remembered folders found some: the list asked for, and the list loaded. Set
+        it before the first request. */
+    std::function<void (const juce::String& asked, const juce::String& loaded)> onListRelinked;
+
+    /** Called on the loader thread when such a search gave up before its end. */
+    std::function<void (int entriesSearched)> onSearchGaveUp;
 
 private:
     using Sounds = juce::ReferenceCountedArray<juce::SynthesiserSound>;

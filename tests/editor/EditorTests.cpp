@@ -123,8 +123,11 @@ TEST_F (Editor, StripStatesInTheirOrderWithTextAndColour)
     expectStrip ("disk busy", grey);
     processor.setSampleLoadStatus ({});
 
+    // A folder chosen on the red strip is searched for the missing files.
     const auto first = tone ("kick.wav"), second = tone ("snare.wav");
-    instrument.load ({ first, second });
+    child<WaveThumbnail>()->searchFolder (folder.get());
+    processor.waitForSampleLoad();
+    Instrument::settle (processor);
     expectStrip ("(2) " + first + "\n" + second, grey);
 
     processor.isLoadingSamples = true;

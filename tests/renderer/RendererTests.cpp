@@ -127,6 +127,13 @@ TEST_F (Renderer, AStateFileInEitherFormRestoresParametersAndSamples)
         EXPECT_NEAR (left.getSample (0, onset) / centred.getSample (0, onset), 0.125 * std::sqrt (2.0), 0.002) << name;
         EXPECT_EQ (left.getMagnitude (1, 0, left.getNumSamples()), 0.0f) << name;
     }
+
+    // The same state with its sample moved into a subfolder of a --search-dir.
+    ASSERT_TRUE (temp.file ("moved").createDirectory() && sample.moveFileTo (temp.file ("moved/level.wav")));
+    const auto run = render ({ "--state", temp.file ("state.xml").getFullPathName(), "--midi", midi.getFullPathName(),
+                               "--search-dir", temp.get().getFullPathName(), "--out", out.getFullPathName() });
+    EXPECT_TRUE (run.exitCode == 0 && run.output.contains ("Found:    1 of 1 missing samples")) << run.output;
+    EXPECT_NEAR (read (out).audio.getSample (0, onset), 0.125 * std::sqrt (2.0) * centred.getSample (0, onset), 0.002);
 }
 
 TEST_F (Renderer, TheBuiltInToneAndPhraseRenderWithAPicture)

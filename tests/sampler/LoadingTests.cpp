@@ -1,6 +1,7 @@
 // Turning the file list into sounds: the key layout, files that can't be read, the
 // two-channel limit, and when a list is (re)loaded.
 #include "SamplerFixture.h"
+#include "sampler/RememberedFolders.h"
 
 namespace
 {
@@ -117,6 +118,27 @@ TEST_F (Sampler, WhenTheListIsLoaded)
     // A drop reads its files again even when it names the same ones.
     Instrument::drop (processor, a + "\n" + b);
     EXPECT_NE (loaded(), pair);
+}
+
+// A project whose samples moved finds them by itself in a folder the user chose once:
+// by name, case apart, the shortest path first, nested folders searched, the order kept
+// and what can't be found kept in its place.
+TEST_F (Sampler, MovedSamplesAreFoundInARememberedFolder)
+{
+    const auto library = folder.file ("library");
+    for (const auto* name : { "deeper/kick.wav", "Kick.WAV", "a/b/Snare.wav" })
+        ASSERT_TRUE (library.getChildFile (name).getParentDirectory().createDirectory() && AudioFixtures::writeSine (library.getChildFile (name), 44100.0, 1, 0.1, 441.0));
+
+    RememberedFolders::add (folder.file ("elsewhere"));
+    RememberedFolders::add (library);
+    VantrelSampivoAudioProcessor processor;
+    processor.setStateProperty ("filenames", "/moved/kick.wav\n/moved/gone.wav\nC:\\Moved\\snare.wav");
+    Instrument::prepare (processor, 48000.0, 512);
+
+    const juce::StringArray found { library.getChildFile ("Kick.WAV").getFullPathName(), "/moved/gone.wav", library.getChildFile ("a/b/Snare.wav").getFullPathName() };
+    EXPECT_EQ (processor.getStateProperty ("filenames"), found.joinIntoString ("\n"));
+    EXPECT_EQ (processor.getNumLoadedSounds(), 2);
+    EXPECT_EQ (RememberedFolders::load(), juce::Array<juce::File> ({ library, folder.file ("elsewhere") }));
 }
 
 TEST_F (Sampler, AnOfflineBlockPlaysTheDropBeforeIt)

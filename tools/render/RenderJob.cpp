@@ -10,6 +10,7 @@
 #include "OfflineRenderer.h"
 #include "OutputPath.h"
 #include "RenderFailure.h"
+#include "sampler/SampleRelinker.h"
 #include "TerminalProgress.h"
 #include "WaveformPlot.h"
 #include "WavFileOutput.h"
@@ -111,6 +112,9 @@ void RenderJob::run()
         state.setSampleFiles ({ tone->getFile() });
     }
 
+    if (! options.searchFolders.isEmpty())
+        findMovedSamples (state);
+
     instrument.setState (state);
     warnAboutUnreadableFiles (state.getSampleFiles());
 
@@ -128,6 +132,22 @@ void RenderJob::run()
     writeFiles (audio);
     printSummary (instrument, score, audio,
                   tone != nullptr ? juce::String ("the built-in tone") : describeSamples (state.getSampleFiles()));
+}
+
+void RenderJob::findMovedSamples (InstrumentState& state)
+{
+    const auto result = SampleRelinker::relink (state.getSampleFiles(), options.searchFolders);
+    juce::Array<juce::File> files;
+
+    for (const auto& entry : result.entries)
+        files.add (juce::File::getCurrentWorkingDirectory().getChildFile (entry));
+
+    state.setSampleFiles (files);
+    out << "Found:    " << result.found << " of " << (result.found + result.missing) << " missing samples\n";
+
+    if (result.gaveUp)
+        std::cerr << "sampivo-render: warning: the search stopped after " << SampleRelinker::maxEntriesSearched
+                  << " files" << std::endl;
 }
 
 void RenderJob::printParameters (HostedInstrument& instrument)

@@ -7,6 +7,7 @@
 #include <ostream>
 
 class HostedInstrument;
+class InstrumentState;
 class MidiScore;
 
 /** One run of the renderer: gathers the inputs, loads the instrument, applies the
@@ -20,6 +21,8 @@ public:
     void run();
 
 private:
+    /** Puts the samples found in the --search-dir folders into the state's list. */
+    void findMovedSamples (InstrumentState& state);
     void printParameters (HostedInstrument& instrument);
     void writeFiles (const juce::AudioBuffer<float>& audio) const;
     void printSummary (HostedInstrument& instrument, const MidiScore& score, const juce::AudioBuffer<float>& audio,

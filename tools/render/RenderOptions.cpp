@@ -113,6 +113,8 @@ RenderOptions RenderOptions::parse (const juce::StringArray& arguments, const ju
             options.samples.add (fileFor (option));
         else if (option == "--state")
             options.stateFile = fileFor (option);
+        else if (option == "--search-dir")
+            options.searchFolders.add (fileFor (option));
         else if (option == "--set")
             options.settings.push_back (parseSetting (cursor.valueFor (option)));
         else if (option == "--midi")
@@ -162,6 +164,8 @@ juce::String RenderOptions::usage()
            "  --sample FILE       an audio file to play; repeat for several, in key-layout order\n"
            "                      (default: a built-in tone)\n"
            "  --state FILE        a saved state: the binary block or its XML text\n"
+           "  --search-dir DIR    look for samples that the state names but that moved in DIR and\n"
+           "                      its subfolders, by file name (repeatable)\n"
            "  --set ID=VALUE      set a parameter by its ID to a normalised value 0..1 (repeatable)\n"
            "  --midi FILE.mid     a Standard MIDI File; all tracks are merged, the tempo map is\n"
            "                      honoured (default: a built-in phrase)\n"

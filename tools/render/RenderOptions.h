@@ -19,6 +19,7 @@ struct RenderOptions
     std::optional<juce::File> plugin;
     juce::Array<juce::File> samples;
     std::optional<juce::File> stateFile;
+    juce::Array<juce::File> searchFolders;
     std::vector<ParameterSetting> settings;
     std::optional<juce::File> midiFile;
     double sampleRate = 48000.0;
