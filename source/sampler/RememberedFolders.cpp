@@ -10,10 +10,14 @@ std::unique_ptr<juce::PropertiesFile> openSettings()
 {
     static juce::InterProcessLock lock ("VantrelSampivoSettings");
 
-    // The user's settings folder (~/.config, or $XDG_CONFIG_HOME, on Linux; %APPDATA%
-    // on Windows): JUCE's own default on Linux would be a folder in the home folder.
-    const auto file = juce::File::getSpecialLocation (juce::File::userApplicationDataDirectory)
-                          .getChildFile ("Vantrel").getChildFile ("Vantrel Sampivo.settings");
+    // The user's settings folder: $XDG_CONFIG_HOME when it is set, as the XDG rules
+    // have it (JUCE 7 looks only at ~/.config/user-dirs.dirs), else ~/.config on Linux
+    // and %APPDATA% on Windows. (JUCE's PropertiesFile default on Linux would be a
+    // folder in the home folder.)
+    const auto xdg = juce::SystemStats::getEnvironmentVariable ("XDG_CONFIG_HOME", {});
+    const auto folder = juce::File::isAbsolutePath (xdg) ? juce::File (xdg)
+                                                         : juce::File::getSpecialLocation (juce::File::userApplicationDataDirectory);
+    const auto file = folder.getChildFile ("Vantrel").getChildFile ("Vantrel Sampivo.settings");
     juce::PropertiesFile::Options options;
     options.processLock = &lock;
     return std::make_unique<juce::PropertiesFile> (file, options);
