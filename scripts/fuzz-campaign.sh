@@ -17,6 +17,9 @@ shift || true
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=(state audio)
 jobs="${SAMPIVO_FUZZ_JOBS:-2}"
+# Seconds one input may take. libFuzzer measures wall time, so on a machine that is busy
+# with other work a short limit reports inputs that merely waited for a core.
+timeout="${SAMPIVO_FUZZ_TIMEOUT:-60}"
 
 declare -A max_len=([state]=8192 [audio]=32768)
 
@@ -39,7 +42,7 @@ for target in "${targets[@]}"; do
     # Each job logs to fuzz-<n>.log in the working folder; an empty corpus starts with
     # the target's seeds.
     (cd "$logs" && "$fuzzer" -jobs="$jobs" -workers="$jobs" -max_total_time="$seconds" \
-        -max_len="${max_len[$target]}" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+        -max_len="${max_len[$target]}" -timeout="$timeout" -rss_limit_mb=2048 -print_final_stats=1 \
         -artifact_prefix="$build/findings/$target-" "$corpus" > /dev/null 2>&1) || true
 
     # Each job's last status line ("#<executions> ...") counts, whether it ran to the
@@ -50,7 +53,7 @@ for target in "${targets[@]}"; do
     # coverage of the whole corpus.
     merged="$build/corpus/$target.merged"
     rm -rf "$merged" && mkdir -p "$merged"
-    "$fuzzer" -merge=1 -max_len="${max_len[$target]}" -timeout=10 -rss_limit_mb=2048 "$merged" "$corpus" > "$logs/merge.log" 2>&1
+    "$fuzzer" -merge=1 -max_len="${max_len[$target]}" -timeout="$timeout" -rss_limit_mb=2048 "$merged" "$corpus" > "$logs/merge.log" 2>&1
     rm -rf "$corpus" && mv "$merged" "$corpus"
     coverage=$(grep -o 'cov: [0-9]* ft: [0-9]*' "$logs/merge.log" | tail -1)
     findings=$(find "$build/findings" -name "$target-*" -newer "$logs/started" | wc -l)
