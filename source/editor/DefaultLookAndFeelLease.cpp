@@ -10,7 +10,7 @@ namespace
 struct SharedDefault
 {
     int leases = 0;
-    std::unique_ptr<VantrelLookAndFeel> lookAndFeel;
+    std::unique_ptr<juce::LookAndFeel_V4> lookAndFeel;
     juce::WeakReference<juce::LookAndFeel> previous;
 };
 
@@ -38,8 +38,14 @@ DefaultLookAndFeelLease::DefaultLookAndFeelLease()
     if (state.leases++ > 0)
         return;
 
+    // Only the face is the instrument's; the drawing stays JUCE's own, so that windows
+    // around the editor (the standalone application's) are not restyled.
     state.previous = &juce::LookAndFeel::getDefaultLookAndFeel();
-    state.lookAndFeel = std::make_unique<VantrelLookAndFeel>();
+    state.lookAndFeel = std::make_unique<juce::LookAndFeel_V4>();
+
+    if (const auto face = VantrelLookAndFeel::getFaceName(); face.isNotEmpty())
+        state.lookAndFeel->setDefaultSansSerifTypefaceName (face);
+
     makeDefault (state.lookAndFeel.get());
 }
 

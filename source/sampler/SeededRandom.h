@@ -20,7 +20,8 @@ public:
     void setSeed (std::uint64_t seed) noexcept;
     void setSeedRandomly();
 
-    /** Seeds from a whole decimal number, or randomly when the text is empty. */
+    /** Seeds from a whole decimal number (other text counts by its leading digits, as
+        juce::String reads numbers), or randomly when the text is empty. */
     void setSeedFromText (const juce::String& text);
 
     /** A value in [0, 1), with 24 bits of randomness as a float holds them. */
