@@ -131,7 +131,7 @@ struct Engines
 
         for (auto i = 0; i < 128; ++i)
         {
-            ours.addVoice (new juce::SamplerVoiceLog());
+            ours.addVoice (new juce::SamplerVoiceLog (random));
             reference.addVoice (new juce::SamplerVoice());
         }
 
@@ -164,7 +164,8 @@ struct Engines
     }
 
     // Ours is the synthesiser the instrument plays with (it skips idle voices);
-    // the reference is JUCE's own.
+    // the reference is JUCE's own. Its voices draw from the source declared before it.
+    SeededRandom random;
     SampleSynthesiser ours;
     juce::Synthesiser reference;
     bool ready = false;

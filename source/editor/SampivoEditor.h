@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/DefaultLookAndFeelLease.h"
 #include "editor/ParameterSlider.h"
 #include "editor/VantrelLookAndFeel.h"
 #include "editor/WaveThumbnail.h"
@@ -45,6 +46,10 @@ public:
 private:
     /** The thirteen continuous parameters in the processor's order, as the knobs are. */
     std::array<juce::AudioParameterFloatVantrel*, numKnobs> knobParameters() const;
+
+    // First: the captions' fonts must find their typeface through the instrument's
+    // default look and feel, and the children are gone before the old one returns.
+    DefaultLookAndFeelLease defaultLookAndFeelLease;
 
     // One knob per continuous parameter, in the processor's parameter order.
     std::array<ParameterSlider, numKnobs> knobs;

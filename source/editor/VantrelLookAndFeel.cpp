@@ -25,8 +25,24 @@ VantrelLookAndFeel::VantrelLookAndFeel()
 
     // Asking for a face that isn't installed would leave texts without glyphs on some
     // platforms, so the platform's default sans-serif face stays in charge there.
-    if (juce::Font::findAllTypefaceNames().contains (preferredFaceName))
-        setDefaultSansSerifTypefaceName (preferredFaceName);
+    if (const auto face = getFaceName(); face.isNotEmpty())
+        setDefaultSansSerifTypefaceName (face);
+}
+
+juce::String VantrelLookAndFeel::getFaceName()
+{
+    static const juce::String face = []
+    {
+        const auto installed = juce::Font::findAllTypefaceNames();
+
+        for (const auto* name : { preferredFaceName, fallbackFaceName })
+            if (installed.contains (name))
+                return juce::String (name);
+
+        return juce::String();
+    }();
+
+    return face;
 }
 
 //==============================================================================

@@ -33,9 +33,15 @@ public:
     /** The positions (0 to 1) of the ticks for a step, summed in float as drawn. */
     static std::vector<float> tickPositions (float step);
 
-    /** The face asked for by name; where it isn't installed the platform's own
-        sans-serif face is used instead. */
+    /** The face asked for by name, and the one used where it isn't installed: the usual
+        sans-serif face of Linux desktops. Without either, the platform's own sans-serif
+        face is used. */
     static constexpr const char* preferredFaceName = "Microsoft Sans Serif";
+    static constexpr const char* fallbackFaceName = "DejaVu Sans";
+
+    /** The installed face that texts are drawn in, or empty for the platform's own. It
+        is decided once per process: listing the installed fonts is slow. */
+    static juce::String getFaceName();
 
     static constexpr float baseFontHeight = 18.0f;
 

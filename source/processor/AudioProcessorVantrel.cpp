@@ -197,21 +197,31 @@ String AudioProcessorVantrel::peekStateProperty (const String& key) const
 
 void AudioProcessorVantrel::setStateProperty (const String& key, const String& value)
 {
-    const std::lock_guard<std::mutex> lock (statePropertiesLock);
-    stateProperties[key] = value;
+    {
+        const std::lock_guard<std::mutex> lock (statePropertiesLock);
+        stateProperties[key] = value;
+    }
+
+    statePropertyChanged (key);
 }
 
 bool AudioProcessorVantrel::replaceStateProperty (const String& key, const String& expected, const String& value)
 {
-    const std::lock_guard<std::mutex> lock (statePropertiesLock);
-    const auto found = stateProperties.find (key);
+    {
+        const std::lock_guard<std::mutex> lock (statePropertiesLock);
+        const auto found = stateProperties.find (key);
 
-    if (found == stateProperties.end() || found->second != expected)
-        return false;
+        if (found == stateProperties.end() || found->second != expected)
+            return false;
 
-    found->second = value;
+        found->second = value;
+    }
+
+    statePropertyChanged (key);
     return true;
 }
+
+void AudioProcessorVantrel::statePropertyChanged (const String&) {}
 
 std::map<String, String> AudioProcessorVantrel::getStatePropertiesSnapshot() const
 {

@@ -106,6 +106,10 @@ public:
     std::vector<Program> programs;
 
 protected:
+    /** Called after setStateProperty or replaceStateProperty has stored a value, on
+        the thread that stored it and outside the map's lock. */
+    virtual void statePropertyChanged (const String& key);
+
     int currentProgram = 0;
     int lastLoadedProgram = -1;
     MemoryBlock programStateData;

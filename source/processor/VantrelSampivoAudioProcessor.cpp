@@ -80,7 +80,7 @@ VantrelSampivoAudioProcessor::VantrelSampivoAudioProcessor()
     addParameter (millisecondsParam);
 
     for (auto i = 0; i < numVoices; ++i)
-        synth.addVoice (new juce::SamplerVoiceLog());
+        synth.addVoice (new juce::SamplerVoiceLog (noteRandom));
 
     controlsNeedUpdate.store (true, relaxed);
     sampleCounter.store (0, relaxed);
@@ -121,7 +121,8 @@ void VantrelSampivoAudioProcessor::processBlock (juce::AudioBuffer<float>& buffe
     if (isNonRealtime())
         waitForSampleLoad();
 
-    const auto settings = currentSoundSettings();
+    // The block's push draws from the notes' source, so that a seeded render repeats.
+    const auto settings = soundSettingsWithStretch (noteRandom.nextFloat());
 
     // Observe the last note-on or note-off of the block; the buffer itself is untouched.
     for (const auto metadata : midiMessages)
@@ -207,13 +208,18 @@ float VantrelSampivoAudioProcessor::normalisedValue (const juce::AudioProcessorP
 
 SoundSettings VantrelSampivoAudioProcessor::currentSoundSettings()
 {
+    return soundSettingsWithStretch (juce::Random().nextFloat());
+}
+
+SoundSettings VantrelSampivoAudioProcessor::soundSettingsWithStretch (float stretchDraw)
+{
     const auto attackValue = normalisedValue (*attackParam);
     const auto decayValue = normalisedValue (*decayParam);
     const auto releaseValue = normalisedValue (*releaseParam);
     const auto randomOther = normalisedValue (*randomOtherParam);
 
     // One variation per push, shared by decay and release and by every sound.
-    const auto factor = 2.0f * juce::Random().nextFloat() * randomOther + 1.0f;
+    const auto factor = 2.0f * stretchDraw * randomOther + 1.0f;
 
     SoundSettings settings;
     settings.attack = juce::jlimit (0.001f, 10.0f, attackValue);
@@ -272,10 +278,23 @@ int VantrelSampivoAudioProcessor::getNumFilesLoading() const
 void VantrelSampivoAudioProcessor::setStateInformation (const void* data, int sizeInBytes)
 {
     juce::AudioProcessorVantrel::setStateInformation (data, sizeInBytes);
+    applySeed();
 
     // Read without inserting the key: a restored document without a list saves again
     // without one.
     loader.request (peekStateProperty ("filenames"), currentSoundSettings(), false);
+}
+
+void VantrelSampivoAudioProcessor::statePropertyChanged (const juce::String& key)
+{
+    if (key == "seed")
+        applySeed();
+}
+
+void VantrelSampivoAudioProcessor::applySeed()
+{
+    // Read without inserting the key: a state without a seed saves again without one.
+    noteRandom.setSeedFromText (peekStateProperty ("seed"));
 }
 
 int VantrelSampivoAudioProcessor::getNonFiniteCount() const

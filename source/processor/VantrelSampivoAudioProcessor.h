@@ -4,6 +4,7 @@
 #include "processor/AudioProcessorVantrel.h"
 #include "sampler/SampleLoader.h"
 #include "sampler/SampleSynthesiser.h"
+#include "sampler/SeededRandom.h"
 #include "sampler/SoundSettings.h"
 
 #include <juce_audio_formats/juce_audio_formats.h>
@@ -15,6 +16,9 @@
     voices, and one sound per file of the list kept under the state property
     "filenames". A drop, a program change or a restore asks the loader, which reads the
     files on a thread of its own; the audio thread only ever swaps in a finished set.
+
+    The random amounts of the notes come from one source, seeded from the state
+    property "seed" when it holds a number, and randomly otherwise.
 */
 class VantrelSampivoAudioProcessor : public juce::AudioProcessorVantrel
 {
@@ -53,7 +57,9 @@ public:
         and by the editor; a sounding note keeps the values it started with. */
     void updateSoundParameters();
 
-    /** The values a push stores into the sounds, from the parameters as they are now. */
+    /** The values a push stores into the sounds, from the parameters as they are now.
+        Its stretch of decay and release is a fresh draw, not the notes' source: a push
+        from the message thread must not move the notes' seeded sequence on. */
     SoundSettings currentSoundSettings();
 
     /** Asks the loader for the list under "filenames", unless it is empty or (without
@@ -67,7 +73,8 @@ public:
     int getNumFilesLoading() const;
 
     /** A state restore loads the restored "filenames" when they differ from the list
-        loaded last: a host preset, an undo or a project switch is heard at once. */
+        loaded last: a host preset, an undo or a project switch is heard at once. It
+        also reseeds the notes' random source from the restored "seed". */
     void setStateInformation (const void* data, int sizeInBytes) override;
 
     /** How many notes the voices silenced because a value they computed was not finite:
@@ -104,6 +111,9 @@ public:
     juce::AudioParameterFloatVantrel* probabilityParam = nullptr;
     juce::AudioParameterBool* millisecondsParam = nullptr;
 
+    // Declared before the synthesiser, whose voices draw from it.
+    SeededRandom noteRandom;
+
     SampleSynthesiser synth;
     const int numVoices = 128;
 
@@ -123,7 +133,16 @@ public:
     std::atomic<bool> noteHeld { false };
     std::atomic<int> noteHeldSamples { 0 };
 
+protected:
+    void statePropertyChanged (const juce::String& key) override;
+
 private:
+    /** The settings of a push whose stretch of decay and release is the given draw. */
+    SoundSettings soundSettingsWithStretch (float stretchDraw);
+
+    /** Seeds the notes' random source from "seed", or randomly when there is none. */
+    void applySeed();
+
     mutable std::mutex sampleLoadStatusLock;
     juce::String sampleLoadStatus;
 

@@ -9,16 +9,7 @@
 namespace juce
 {
 
-namespace
-{
-// Every draw uses a generator of its own, seeded from the clock and a process-wide seed.
-float randomDraw()
-{
-    return Random().nextFloat();
-}
-} // namespace
-
-SamplerVoiceLog::SamplerVoiceLog() = default;
+SamplerVoiceLog::SamplerVoiceLog (SeededRandom& randomSource) : random (randomSource) {}
 SamplerVoiceLog::~SamplerVoiceLog() = default;
 
 bool SamplerVoiceLog::canPlaySound (SynthesiserSound* sound)
@@ -44,7 +35,7 @@ void SamplerVoiceLog::startNote (int midiNoteNumber, float velocity, Synthesiser
     const auto soundPan = sound->pan.load (relaxed);
 
     // Probability: softer notes are likelier to be dropped as velToProbability rises.
-    const auto p = randomDraw() * (1.0f - velToProbability) + (1.0f - velocity) * velToProbability;
+    const auto p = random.nextFloat() * (1.0f - velToProbability) + (1.0f - velocity) * velToProbability;
 
     if (p > probability)
     {
@@ -57,13 +48,13 @@ void SamplerVoiceLog::startNote (int midiNoteNumber, float velocity, Synthesiser
     auto semitones = (float) midiNoteNumber - (float) sound->getRootNote();
 
     if (randomPitch > 0.0f)
-        semitones += (randomDraw() - 0.5f) * randomPitch * (randomPitch * 6.0f);
+        semitones += (random.nextFloat() - 0.5f) * randomPitch * (randomPitch * 6.0f);
 
     pitchRatio = std::pow (2.0, (double) semitones * (1.0 / 12.0))
                  * sound->getSourceSampleRate() / getSampleRate();
 
     // Level from velocity with a random spread.
-    const auto level = ((1.0f - randomOther * 0.5f) + randomDraw() * randomOther) * velocity;
+    const auto level = ((1.0f - randomOther * 0.5f) + random.nextFloat() * randomOther) * velocity;
     const auto clippedLevel = jlimit (0.0f, 1.0f, level * 1.05f);
 
     // Start offset: loud notes start near the beginning, soft ones later.
@@ -92,7 +83,7 @@ void SamplerVoiceLog::startNote (int midiNoteNumber, float velocity, Synthesiser
     const auto noteLevel = g * soundGain * g * g;
 
     // Equal-power pan with a random spread.
-    const auto q = ((2.0f * randomDraw() - 1.0f) * randomOther * randomOther + soundPan) * 0.5f;
+    const auto q = ((2.0f * random.nextFloat() - 1.0f) * randomOther * randomOther + soundPan) * 0.5f;
     lgain = 0.5f - q > 0.0f ? std::sqrt (0.5f - q) * noteLevel : 0.0f;
     rgain = 0.5f + q > 0.0f ? std::sqrt (0.5f + q) * noteLevel : 0.0f;
 

@@ -2,6 +2,7 @@
 
 #include "sampler/SampleEnvelope.h"
 #include "sampler/SamplerSoundLog.h"
+#include "sampler/SeededRandom.h"
 #include "sampler/StretchMixer.h"
 
 #include <atomic>
@@ -22,7 +23,8 @@ namespace juce
 class SamplerVoiceLog : public SynthesiserVoice
 {
 public:
-    SamplerVoiceLog();
+    /** Draws its random amounts from the source, which must outlive the voice. */
+    explicit SamplerVoiceLog (SeededRandom& randomSource);
     ~SamplerVoiceLog() override;
 
     bool canPlaySound (SynthesiserSound* sound) override;
@@ -57,6 +59,9 @@ private:
 
     /** Ends the note at once and counts it, when its values are not finite. */
     void silenceNonFiniteNote();
+
+    // Shared by every voice of the synthesiser: notes draw in the order they start.
+    SeededRandom& random;
 
     double pitchRatio = 0.0;
     double sourceSamplePosition = 0.0;

@@ -80,6 +80,29 @@ TEST_F (Editor, KnobsCaptionsToggleAndStripInPlace)
     EXPECT_EQ (caption ("Milliseconds")->getBounds(), juce::Rectangle<int> (236, 198, 115, 16));
 }
 
+TEST_F (Editor, CaptionsAreDrawnInTheNamedFaceUntilTheLastEditorCloses)
+{
+    // JUCE finds typefaces through the default look and feel, not the caption's own; the
+    // face named is installed for the tests, and JUCE would not choose it itself.
+    editor.reset();
+    juce::LookAndFeel_V4 hostDefault;   // a default of the host's, which must come back
+    juce::LookAndFeel::setDefaultLookAndFeel (&hostDefault);
+    const auto face = [] { return juce::Font (12.0f).getTypefacePtr()->getName(); };
+    const auto plainFace = face();
+    editor.reset (processor.createEditor());
+    std::unique_ptr<juce::AudioProcessorEditor> second (processor.createEditor());
+    auto* label = caption ("Volume");
+    EXPECT_EQ (label->getLookAndFeel().getLabelFont (*label).getTypefacePtr()->getName(), VantrelLookAndFeel::getFaceName());
+    EXPECT_NE (plainFace, VantrelLookAndFeel::getFaceName());
+
+    editor.reset();
+    EXPECT_EQ (face(), VantrelLookAndFeel::getFaceName());
+    second.reset();
+    EXPECT_EQ (&juce::LookAndFeel::getDefaultLookAndFeel(), &hostDefault);
+    EXPECT_EQ (face(), plainFace);
+    juce::LookAndFeel::setDefaultLookAndFeel (nullptr);
+}
+
 TEST_F (Editor, KnobsShowTheParametersTextsAndPassMovesOnAtOnceAndHostChangesOnTheTick)
 {
     // The curve knob stops at its three named shapes only.

@@ -149,6 +149,18 @@ TEST_F (Renderer, TheBuiltInToneAndPhraseRenderWithAPicture)
     EXPECT_EQ (juce::ImageFileFormat::loadFrom (png).getBounds(), juce::Rectangle<int> (0, 0, 1600, 640));
 }
 
+TEST_F (Renderer, TheSameSeedRendersTheSameBytesAndAnotherSeedOthers)
+{
+    // Rnd. Other at its default varies each note's level and pan and the decay.
+    const char* seeds[] { "7", "7", "8" };
+    for (auto i = 0; i < 3; ++i)
+        ASSERT_EQ (render ({ "--sample", sample.getFullPathName(), "--midi", midi.getFullPathName(), "--seed", seeds[i], "--bits", "32",
+                             "--out", temp.file (juce::String (i) + ".wav").getFullPathName() }, false).exitCode, 0);
+
+    EXPECT_TRUE (temp.file ("0.wav").hasIdenticalContentTo (temp.file ("1.wav")));
+    EXPECT_FALSE (temp.file ("0.wav").hasIdenticalContentTo (temp.file ("2.wav")));
+}
+
 TEST_F (Renderer, BadInputsEndWithAMessageAndTheirOwnExitStatus)
 {
     ASSERT_TRUE (temp.file ("not-midi.mid").replaceWithText ("this is text, not a Standard MIDI File"));
@@ -159,6 +171,7 @@ TEST_F (Renderer, BadInputsEndWithAMessageAndTheirOwnExitStatus)
     const std::tuple<juce::StringArray, int, juce::String> cases[] {
         { { "--midi", m, "--loud" }, 1, "--loud" },
         { { "--midi", m, "--bits", "16" }, 1, "--bits" },
+        { { "--midi", m, "--seed", "-3" }, 1, "--seed" },
         { { "--plugin", temp.file ("Nowhere.vst3").getFullPathName(), "--midi", m }, 2, "Nowhere.vst3" },
         { { "--midi", temp.file ("absent.mid").getFullPathName() }, 3, "absent.mid" },
         { { "--midi", temp.file ("not-midi.mid").getFullPathName() }, 3, "not-midi.mid" },

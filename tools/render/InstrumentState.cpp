@@ -7,6 +7,7 @@
 namespace
 {
 const juce::Identifier filenamesAttribute ("filenames");
+const juce::Identifier seedAttribute ("seed");
 constexpr const char* rootName = "settings";
 
 // The first four bytes of JUCE's binary XML block, "VC2!".
@@ -80,6 +81,13 @@ void InstrumentState::setSampleFiles (const juce::Array<juce::File>& files)
     // Copy on write: the document may be shared with another copy of this state.
     auto edited = std::make_unique<juce::XmlElement> (*settings);
     edited->setAttribute (filenamesAttribute, paths.joinIntoString ("\n"));
+    settings = std::move (edited);
+}
+
+void InstrumentState::setSeed (juce::int64 seed)
+{
+    auto edited = std::make_unique<juce::XmlElement> (*settings);
+    edited->setAttribute (seedAttribute, juce::String (seed));
     settings = std::move (edited);
 }
 

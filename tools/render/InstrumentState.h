@@ -26,6 +26,9 @@ public:
     juce::StringArray getSampleFiles() const;
     void setSampleFiles (const juce::Array<juce::File>& files);
 
+    /** Stores the seed the instrument draws its random amounts from. */
+    void setSeed (juce::int64 seed);
+
     /** The attribute names and values, in document order. */
     int getNumAttributes() const;
     juce::String getAttributeName (int index) const;

@@ -115,6 +115,9 @@ void RenderJob::run()
     if (! options.searchFolders.isEmpty())
         findMovedSamples (state);
 
+    if (options.seed.has_value())
+        state.setSeed (*options.seed);
+
     instrument.setState (state);
     warnAboutUnreadableFiles (state.getSampleFiles());
 

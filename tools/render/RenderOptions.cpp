@@ -72,6 +72,15 @@ RenderOptions::ParameterSetting parseSetting (const juce::String& text)
     setting.value = static_cast<float> (*value);
     return setting;
 }
+
+/** Reads a seed: a whole number of at most eighteen digits, which an int64 holds. */
+juce::int64 parseSeed (const juce::String& text)
+{
+    if (text.isEmpty() || text.length() > 18 || ! text.containsOnly ("0123456789"))
+        failUsage ("--seed expects a whole number from 0 to 999999999999999999, not \"" + text + "\"");
+
+    return text.getLargeIntValue();
+}
 } // namespace
 
 RenderOptions RenderOptions::parse (const juce::StringArray& arguments, const juce::File& workingDirectory)
@@ -145,6 +154,8 @@ RenderOptions RenderOptions::parse (const juce::StringArray& arguments, const ju
         }
         else if (option == "--png")
             options.pngFile = fileFor (option);
+        else if (option == "--seed")
+            options.seed = parseSeed (cursor.valueFor (option));
         else if (option == "--params")
             options.listParameters = true;
         else
@@ -175,6 +186,8 @@ juce::String RenderOptions::usage()
            "  --out FILE.wav      the WAV file to write (without it, only the summary is printed)\n"
            "  --bits 24|32        24-bit integer or 32-bit float WAV (default 24)\n"
            "  --png FILE.png      also draw the waveform of both channels\n"
+           "  --seed N            a whole number that fixes the random amounts (Rnd. Pitch, Rnd. Other,\n"
+           "                      Probability): the same N gives the same audio every run\n"
            "  --params            list every parameter with its value and display text\n"
            "  --help              this text\n"
            "\n"

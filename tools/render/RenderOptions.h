@@ -28,6 +28,7 @@ struct RenderOptions
     std::optional<juce::File> outputFile;
     int bitsPerSample = 24;
     std::optional<juce::File> pngFile;
+    std::optional<juce::int64> seed;
     bool listParameters = false;
     bool showHelp = false;
 

@@ -1,0 +1,45 @@
+#include "sampler/SeededRandom.h"
+
+// The audio thread draws from it: an atomic that needed a lock would defeat the point.
+static_assert (std::atomic<std::uint64_t>::is_always_lock_free);
+
+namespace
+{
+// The step of SplitMix64's counter: the golden ratio as a 64-bit fraction.
+constexpr std::uint64_t counterStep = 0x9e3779b97f4a7c15ULL;
+} // namespace
+
+SeededRandom::SeededRandom()
+{
+    setSeedRandomly();
+}
+
+void SeededRandom::setSeed (std::uint64_t seed) noexcept
+{
+    state.store (seed, std::memory_order_relaxed);
+}
+
+void SeededRandom::setSeedRandomly()
+{
+    // A fresh juce::Random seeds itself from the clock and a process-wide counter.
+    setSeed ((std::uint64_t) juce::Random().nextInt64());
+}
+
+void SeededRandom::setSeedFromText (const juce::String& text)
+{
+    if (text.trim().isEmpty())
+        setSeedRandomly();
+    else
+        setSeed ((std::uint64_t) text.getLargeIntValue());
+}
+
+float SeededRandom::nextFloat() noexcept
+{
+    // One atomic step of the counter per draw; the mixing that follows works on a copy.
+    auto z = state.fetch_add (counterStep, std::memory_order_relaxed) + counterStep;
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+    z ^= z >> 31;
+
+    return (float) (z >> 40) * (1.0f / 16777216.0f);
+}
