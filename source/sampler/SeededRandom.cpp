@@ -28,9 +28,22 @@ void SeededRandom::setSeedRandomly()
 void SeededRandom::setSeedFromText (const juce::String& text)
 {
     if (text.trim().isEmpty())
+    {
         setSeedRandomly();
-    else
-        setSeed ((std::uint64_t) text.getLargeIntValue());
+        return;
+    }
+
+    // Read as juce::String reads a whole number, but in unsigned arithmetic throughout:
+    // JUCE negates the lowest 64-bit number as a signed one (undefined behaviour), and a
+    // project may hold any text here.
+    auto c = text.getCharPointer().findEndOfWhitespace();
+    const auto negative = *c == '-';
+    std::uint64_t value = 0;
+
+    for (c += negative ? 1 : 0; *c >= '0' && *c <= '9'; ++c)
+        value = value * 10 + (std::uint64_t) (*c - '0');
+
+    setSeed (negative ? 0 - value : value);
 }
 
 float SeededRandom::nextFloat() noexcept

@@ -55,7 +55,7 @@ std::vector<std::vector<uint8_t>> StateFuzz::seeds()
 
     for (const auto* document : { "<SETTINGS volume=\"1.7\" pan=\"-3\" attack=\"abc\" msec=\"1\" extra=\"x\"/>",
                                   "<settings volume=\"0.25\"><child a=\"1\">text</child></settings>", "<other volume=\"0.1\"/>",
-                                  "<settings pan=\"777777777777777E7777777777777777777\" attack=\"-1e-2147483649\" decay=\" +.5e-1x\"/>" })
+                                  "<settings pan=\"777777777777777E7777777777777777777\" attack=\"-1e-2147483649\" decay=\" +.5e-1x\" seed=\"-9223372036854775808\"/>" })
     {
         juce::AudioProcessor::copyXmlToBinary (*juce::parseXML (juce::String (document)), block);
         blocks.push_back (bytesOf (block));
