@@ -18,6 +18,10 @@ endfunction()
 # The plug-in's maintainer and release are properties of a doap:Project.
 sampivo_fix_turtle(dsp.ttl "\ta lv2:InstrumentPlugin ;\n" "\ta lv2:InstrumentPlugin , doap:Project ;\n")
 
+# With no e-mail address set, JUCE writes an empty one, <>, which Turtle reads as the
+# file itself: hosts would show the path of dsp.ttl as the maker's address.
+sampivo_fix_turtle(dsp.ttl "\t\tfoaf:mbox <> ;\n" "")
+
 # Port properties belong to ports; on a parameter (the on/off "Milliseconds") the
 # schema rejects them. Its two scale points still tell hosts its values.
 sampivo_fix_turtle(dsp.ttl "\tlv2:portProperty lv2:enumeration , lv2:toggled ;\n" "")
