@@ -20,7 +20,9 @@ spec_dir="${LV2_SPEC_DIR:-/usr/lib/lv2}"
 
 # Only the built bundle's folder and the specifications: a copy installed in ~/.lv2
 # must not be the one that is checked.
-export LV2_PATH="$(cd "$(dirname "$bundle")" && pwd):$spec_dir"
+bundle="$(cd "$bundle" && pwd)"
+LV2_PATH="$(dirname "$bundle"):$spec_dir"
+export LV2_PATH
 
 fail() {
     echo "check-lv2 $check: $*" >&2
