@@ -12,6 +12,7 @@ packages=(
     libgtest-dev libbenchmark-dev
     xvfb xauth fonts-dejavu-core fonts-liberation
     lame
+    lilv-utils sordi lv2-dev
 )
 
 sudo_cmd=()

@@ -156,12 +156,12 @@ configure() {
 }
 
 # What CTest needs: the suites, the renderer and
-# the bundle they load (the Standalone application and the tools that no test runs
+# the bundles they load (the Standalone application and the tools that no test runs
 # are left out).
 all_targets() {
     cmake --build "$build_dir" --target help \
         | sed -nE 's/^\.\.\. ([A-Za-z0-9_-]+).*/\1/p' \
-        | grep -E '^(sampivo_[a-z_]+_tests|sampivo-render|VantrelSampivo_VST3)$'
+        | grep -E '^(sampivo_[a-z_]+_tests|sampivo-render|VantrelSampivo_VST3|VantrelSampivo_LV2)$'
 }
 
 # The targets a label's tests run.
@@ -169,6 +169,7 @@ label_targets() {
     local label="$1"
     case "$label" in
         renderer) echo "sampivo_renderer_tests sampivo-render" ;;
+        lv2) echo "VantrelSampivo_LV2" ;;
         *) echo "sampivo_${label}_tests" ;;
     esac
 }

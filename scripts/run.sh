@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The run command: installs the dependencies, builds Release, installs the VST3 bundle
-# into ~/.vst3 and runs the main job: a demo rendered through the installed bundle,
-# as a DAW would play it, into demo.wav and demo.png.
+# into ~/.vst3 and the LV2 bundle into ~/.lv2, and runs the main job: a demo rendered
+# through the installed VST3 bundle, as a DAW would play it, into demo.wav and demo.png.
 #   SAMPIVO_BUILD_DIR  build folder (default: build/ in the repository)
 #   SAMPIVO_DEMO_DIR   where demo.wav and demo.png go (default: the repository root)
 set -euo pipefail
@@ -11,7 +11,9 @@ build_dir="${SAMPIVO_BUILD_DIR:-$root/build}"
 demo_dir="${SAMPIVO_DEMO_DIR:-$root}"
 
 "$root/scripts/install-deps.sh"
-BUILD_TYPE=Release "$root/scripts/build.sh" "$build_dir"
+# The formats are named: a build folder configured before the LV2 existed keeps its
+# old list in the CMake cache.
+BUILD_TYPE=Release "$root/scripts/build.sh" "$build_dir" "-DSAMPIVO_PLUGIN_FORMATS=VST3;LV2;Standalone"
 
 bundle_name="Vantrel Sampivo.vst3"
 installed="$HOME/.vst3/$bundle_name"
@@ -19,6 +21,12 @@ mkdir -p "$HOME/.vst3"
 rm -rf "$installed"
 cp -R "$build_dir/VantrelSampivo_artefacts/Release/VST3/$bundle_name" "$HOME/.vst3/"
 echo "Installed $installed"
+
+lv2_name="Vantrel Sampivo.lv2"
+mkdir -p "$HOME/.lv2"
+rm -rf "$HOME/.lv2/$lv2_name"
+cp -R "$build_dir/VantrelSampivo_artefacts/Release/LV2/$lv2_name" "$HOME/.lv2/"
+echo "Installed $HOME/.lv2/$lv2_name"
 
 # The built-in tone played with the built-in phrase: no sample or MIDI file needed.
 mkdir -p "$demo_dir"

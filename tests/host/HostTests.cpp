@@ -2,6 +2,8 @@
 // suites cannot see, that is what the bundle and JUCE's VST3 wrapper tell a host, and
 // what the public plug-in validators check.
 #include "common/PluginBundle.h"
+#include "support/AudioFixtures.h"
+#include "support/Instrument.h"
 
 #define JUCE_VST3HEADERS_INCLUDE_HEADERS_ONLY 1
 #include <juce_audio_processors/format_types/juce_VST3Headers.h>
@@ -126,3 +128,42 @@ TEST (HostLevel, TheBundleDescribesAStereoInstrumentWithFourteenParametersAndABy
     EXPECT_EQ (parameters[13]->getName (100) + " " + parameters[13]->getCurrentValueAsText(), "Milliseconds Off");
     EXPECT_EQ (parameters[14]->getName (100), "Bypass");
 }
+
+#if SAMPIVO_TEST_LV2
+// The LV2 bundle that the build puts beside the VST3, through JUCE's LV2 hosting.
+TEST (HostLevel, TheLv2PlaysANoteFromARestoredStateAndSavesThatState)
+{
+    // An LV2 host loads the first copy of a URI on its path, and ~/.lv2 comes first.
+    AudioFixtures::TempFolder home;
+    setenv ("HOME", home.get().getFullPathName().toRawUTF8(), 1);
+    ASSERT_TRUE (AudioFixtures::writeSine (home.file ("a.wav"), 48000.0, 1, 1.0, 440.0));
+    Instrument local;
+    ASSERT_EQ (local.load ({ home.file ("a.wav").getFullPathName() }), 1);
+    juce::MemoryBlock saved, again;
+    local.processor.getStateInformation (saved);
+
+    juce::String error;
+    const auto artefacts = PluginBundle::bundleFromEnvironment().getParentDirectory().getParentDirectory();
+    auto plugin = PluginBundle::load (artefacts.getChildFile ("LV2/Vantrel Sampivo.lv2"), 48000.0, 512, error);
+    ASSERT_NE (plugin, nullptr) << error;
+    Instrument::prepare (*plugin, 48000.0, 512);
+
+    // The host's state is Turtle text that holds the plug-in's own bytes as one string.
+    const auto hostState = [&plugin] { juce::MemoryBlock b; plugin->getStateInformation (b); return b.toString(); };
+    const auto ownBytes = [] (const juce::String& text)
+    { return text.fromFirstOccurrenceOf (":StateString> \"", false, false).upToFirstOccurrenceOf ("\"", false, false); };
+    const auto text = hostState();
+    const auto restored = text.replace (ownBytes (text), saved.toBase64Encoding());
+    plugin->setStateInformation (restored.toRawUTF8(), (int) restored.getNumBytesAsUTF8());
+    Instrument::settle (*plugin);
+
+    juce::AudioBuffer<float> output (2, 512);
+    juce::MidiBuffer notes;
+    notes.addEvent (juce::MidiMessage::noteOn (1, 60, (juce::uint8) 127), 0);
+    plugin->processBlock (output, notes);
+    EXPECT_GT (output.getMagnitude (0, 512), 0.1f);
+
+    again.fromBase64Encoding (ownBytes (hostState()));
+    EXPECT_EQ (withoutSaveTime (again), withoutSaveTime (saved));
+}
+#endif

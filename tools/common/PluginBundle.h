@@ -4,7 +4,10 @@
 
 #include <memory>
 
-/** Loads a VST3 bundle the way a host does, through JUCE's VST3 hosting. */
+/** Loads a plug-in bundle the way a host does, through JUCE's hosting of its format:
+    LV2 for a ".lv2" bundle, VST3 for any other. An LV2 host takes the first bundle of
+    a URI on its search path, and JUCE's searches ~/.lv2 before the bundle's folder: a
+    copy installed there is the one loaded. */
 class PluginBundle
 {
 public:
