@@ -47,7 +47,7 @@ for target in "${targets[@]}"; do
 
     # Each job's last status line ("#<executions> ...") counts, whether it ran to the
     # end or stopped on a finding.
-    executions=$(for log in "$logs"/fuzz-*.log; do grep -o '^#[0-9]*' "$log" | tail -1 | tr -d '#'; done | awk '{ s += $1 } END { print s + 0 }')
+    executions=$(for log in "$logs"/fuzz-*.log; do grep -o '^#[0-9][0-9]*' "$log" | tail -1 | tr -d '#'; done | awk '{ s += $1 } END { print s + 0 }')
 
     # The merge keeps the inputs that reach new coverage; its last line gives the
     # coverage of the whole corpus.
