@@ -11,17 +11,17 @@
 #   turtle      sord_validate finds no error in the bundle's Turtle files, checked
 #               against the LV2 schemas
 #
-# LV2_SPEC_DIR is the folder of the installed LV2 specifications (default
+# LV2_SCHEMA_DIR is the folder of the installed LV2 schema bundles (default
 # /usr/lib/lv2); lilv needs them to know plug-in classes and port types.
 set -euo pipefail
 
 check="$1" bundle="$2" uri="$3" parameters="${4:-}"
-spec_dir="${LV2_SPEC_DIR:-/usr/lib/lv2}"
+schema_dir="${LV2_SCHEMA_DIR:-/usr/lib/lv2}"
 
-# Only the built bundle's folder and the specifications: a copy installed in ~/.lv2
+# Only the built bundle's folder and the schema bundles: a copy installed in ~/.lv2
 # must not be the one that is checked.
 bundle="$(cd "$bundle" && pwd)"
-LV2_PATH="$(dirname "$bundle"):$spec_dir"
+LV2_PATH="$(dirname "$bundle"):$schema_dir"
 export LV2_PATH
 
 fail() {
@@ -66,7 +66,7 @@ case "$check" in
         ;;
 
     turtle)
-        schemas=("$spec_dir"/*.lv2/*.ttl)
+        schemas=("$schema_dir"/*.lv2/*.ttl)
         output="$(sord_validate "${schemas[@]}" "$bundle"/*.ttl 2>&1)" || fail "sord_validate failed: $output"
         echo "$output"
         grep -q "^Found 0 errors " <<<"$output" || fail "sord_validate reports errors"
