@@ -54,14 +54,22 @@ as_root cp "$loader" "$run_dir/"
 as_root perl "$win_root/scripts/windows/make-samples.pl" "$run_dir"
 as_root flac --silent --force -o "$run_dir/b.flac" "$run_dir/b.wav"
 as_root rm "$run_dir/b.wav"
+# The WAV sample lives in a folder named with non-ASCII letters (Latin and CJK), as
+# on a host set up in another language; the state names it in UTF-8.
+sample_folder="Klänge ñø 音"
+as_root mkdir "$run_dir/$sample_folder"
+as_root mv "$run_dir/a.wav" "$run_dir/$sample_folder/"
 
 if ! mountpoint -q "$wine_root/proc"; then
     as_root mount -t proc proc "$wine_root/proc"
     proc_mounted=1
 fi
 
+# Wine turns Unix file names and arguments into Windows text through the locale's
+# character set: a UTF-8 locale (C.UTF-8 is built into the root's C library) keeps the
+# non-ASCII sample path intact.
 in_root() {
-    as_root chroot "$wine_root" env -i HOME=/root PATH=/usr/local/bin:/usr/bin:/bin \
+    as_root chroot "$wine_root" env -i HOME=/root PATH=/usr/local/bin:/usr/bin:/bin LANG=C.UTF-8 LC_ALL=C.UTF-8 \
         WINEPREFIX=/root/.wine-sampivo WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" \
         "$@" 9>&-
 }
@@ -83,7 +91,7 @@ status=0
 in_root timeout 300 xvfb-run -a -s "-screen 0 1280x1024x24" sh -c 'wine "$@"; status=$?; wineserver -w; exit $status' \
     sh "/tmp/$run_name/vst3-smoke.exe" \
     "$windows_dir\\Vantrel Sampivo.vst3\\Contents\\x86-win\\Vantrel Sampivo.vst3" \
-    "$windows_dir\\a.wav" "$windows_dir\\b.flac" "$windows_dir\\editor.ppm" || status=$?
+    "$windows_dir\\$sample_folder\\a.wav" "$windows_dir\\b.flac" "$windows_dir\\editor.ppm" || status=$?
 step_end
 
 # The editor as Wine drew it, for a person to look at.
