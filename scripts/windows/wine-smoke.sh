@@ -50,19 +50,12 @@ else
     stage_root=""
     wine_lock="$win_cache/wine64.lock"
     step_start "Wine (64-bit)"
-    apt_install wine64 xvfb xauth flac perl
-    # Debian's wine64 alone has no wine, wineserver or wineboot commands on PATH
-    # (those come with the 'wine' package, which pulls in more): a private folder
-    # names them.
-    wine64_bin="$win_cache/wine64-bin"
-    mkdir -p "$wine64_bin"
-    ln -sf /usr/lib/wine/wine64 "$wine64_bin/wine"
-    ln -sf /usr/lib/wine/wineserver64 "$wine64_bin/wineserver"
-    printf '#!/bin/sh\nexec wine wineboot.exe "$@"\n' > "$wine64_bin/wineboot"
-    chmod +x "$wine64_bin/wineboot"
+    # 'wine' (architecture all) brings the wine, wineserver and wineboot commands;
+    # with wine64 beside it and no wine32 they run the 64-bit Wine.
+    apt_install wine64 wine xvfb xauth flac perl
     step_end
     wine_env() {
-        env -i HOME="$HOME" PATH="$wine64_bin:/usr/local/bin:/usr/bin:/bin" \
+        env -i HOME="$HOME" PATH=/usr/local/bin:/usr/bin:/bin \
             WINEPREFIX="$win_cache/wine64-prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" \
             "$@" 9>&-
     }
