@@ -32,7 +32,10 @@ fi
 mkdir -p "$smoke_dir"
 
 # Where Wine runs: stage_root is the folder that Wine's Z:\ stands for, seen from
-# the host; wine_env runs a command with Wine's environment.
+# the host; wine_env runs a command with Wine's environment. Wine turns Unix file
+# names and arguments into Windows text through the locale's character set: a UTF-8
+# locale (C.UTF-8 is built into Debian's C library, in the root and on the host)
+# keeps the non-ASCII sample path intact.
 if [ "$arch" = i686 ]; then
     wine_root="$win_cache/wine-root"
     stage_root="$wine_root"
@@ -42,7 +45,7 @@ if [ "$arch" = i686 ]; then
     apt_install flac perl
     step_end
     wine_env() {
-        as_root chroot "$wine_root" env -i HOME=/root PATH=/usr/local/bin:/usr/bin:/bin \
+        as_root chroot "$wine_root" env -i HOME=/root PATH=/usr/local/bin:/usr/bin:/bin LANG=C.UTF-8 LC_ALL=C.UTF-8 \
             WINEPREFIX=/root/.wine-sampivo WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" \
             "$@" 9>&-
     }
@@ -55,7 +58,7 @@ else
     apt_install wine64 wine xvfb xauth flac perl
     step_end
     wine_env() {
-        env -i HOME="$HOME" PATH=/usr/local/bin:/usr/bin:/bin \
+        env -i HOME="$HOME" PATH=/usr/local/bin:/usr/bin:/bin LANG=C.UTF-8 LC_ALL=C.UTF-8 \
             WINEPREFIX="$win_cache/wine64-prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" \
             "$@" 9>&-
     }
@@ -90,6 +93,11 @@ as_root cp "$loader" "$run_dir/"
 as_root perl "$win_root/scripts/windows/make-samples.pl" "$run_dir"
 as_root flac --silent --force -o "$run_dir/b.flac" "$run_dir/b.wav"
 as_root rm "$run_dir/b.wav"
+# The WAV sample lives in a folder named with non-ASCII letters (Latin and CJK), as
+# on a host set up in another language; the state names it in UTF-8.
+sample_folder="Klänge ñø 音"
+as_root mkdir "$run_dir/$sample_folder"
+as_root mv "$run_dir/a.wav" "$run_dir/$sample_folder/"
 
 if [ "$arch" = i686 ] && ! mountpoint -q "$wine_root/proc"; then
     as_root mount -t proc proc "$wine_root/proc"
@@ -113,7 +121,7 @@ status=0
 wine_env timeout 300 xvfb-run -a -s "-screen 0 1280x1024x24" sh -c 'wine "$@"; status=$?; wineserver -w; exit $status' \
     sh "/tmp/$run_name/vst3-smoke.exe" \
     "$windows_dir\\Vantrel Sampivo.vst3\\Contents\\$bundle_arch_dir\\Vantrel Sampivo.vst3" \
-    "$windows_dir\\a.wav" "$windows_dir\\b.flac" "$windows_dir\\editor.ppm" || status=$?
+    "$windows_dir\\$sample_folder\\a.wav" "$windows_dir\\b.flac" "$windows_dir\\editor.ppm" || status=$?
 step_end
 
 # The editor as Wine drew it, for a person to look at.

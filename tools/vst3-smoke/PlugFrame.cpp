@@ -7,5 +7,6 @@ Steinberg::tresult PLUGIN_API PlugFrame::resizeView (Steinberg::IPlugView* view,
     if (view == nullptr || newSize == nullptr)
         return Steinberg::kInvalidArgument;
 
+    lastRequest = *newSize;
     return view->onSize (newSize);
 }

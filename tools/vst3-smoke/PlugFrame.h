@@ -11,4 +11,5 @@ public:
     Steinberg::tresult PLUGIN_API resizeView (Steinberg::IPlugView* view, Steinberg::ViewRect* newSize) override;
 
     int resizeRequests = 0;
+    Steinberg::ViewRect lastRequest {};
 };

@@ -3,8 +3,12 @@
 #include "MemoryStream.h"
 #include "NoteEventList.h"
 #include "PlugFrame.h"
+#include "ToneMeter.h"
+#include "VolumeLaw.h"
+#include "XmlText.h"
 
 #include "pluginterfaces/gui/iplugview.h"
+#include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
 #include "pluginterfaces/vst/ivstmessage.h"
 #include "pluginterfaces/vst/vstspeaker.h"
 
@@ -25,7 +29,18 @@ using ExitDllFunction = bool (*)();
 using GetPluginFactoryFunction = IPluginFactory* (PLUGIN_API*)();
 
 constexpr int blockSize = 512;
-constexpr double sampleRate = 44100.0;
+
+// The host runs at 48 kHz while the samples are written at 44.1 kHz, so a note that
+// skipped the rate conversion would come out 48/44.1 times too high (479 Hz, not 440).
+constexpr double hostRate = 48000.0;
+
+// The state's volume, and the velocity of every note: 102/127 passes unchanged
+// through JUCE's 7-bit MIDI velocity, so the expected level needs no rounding model.
+constexpr double stateVolume = 0.25;
+constexpr float noteVelocity = 102.0f / 127.0f;
+
+// The peak of the test samples (make-samples.pl: half of 16-bit full scale).
+constexpr double samplePeak = 0.5 * 32767.0 / 32768.0;
 
 std::string fromString128 (const Vst::String128 text)
 {
@@ -42,26 +57,6 @@ std::string classIdText (const TUID cid)
     char text[64] = {};
     FUID::fromTUID (cid).toString (text);
     return text;
-}
-
-std::string xmlEscaped (const std::string& text)
-{
-    std::string result;
-
-    for (const auto c : text)
-    {
-        switch (c)
-        {
-            case '&':  result += "&amp;"; break;
-            case '<':  result += "&lt;"; break;
-            case '>':  result += "&gt;"; break;
-            case '"':  result += "&quot;"; break;
-            case '\n': result += "&#10;"; break;
-            default:   result += c; break;
-        }
-    }
-
-    return result;
 }
 
 // The XML text of a JUCE binary XML block ("VC2!", a 32-bit little-endian length,
@@ -275,8 +270,14 @@ bool SmokeRun::createController()
 
 std::vector<char> SmokeRun::makeStateBlock() const
 {
-    const auto xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<settings volume=\"0.2500\" filenames=\""
-                     + xmlEscaped (options.wavPath + "\n" + options.flacPath) + "\"/>\n";
+    // Besides the volume, the state makes the level predictable: an envelope that
+    // jumps to full sustain, no random level, pitch or start offset, and velocity
+    // fully to volume, so that the level is the volume law's and nothing else.
+    const auto xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n\n<settings volume=\"0.2500\" pan=\"0.5000\""
+                     " attack=\"0.0000\" decay=\"0.0000\" sustain=\"1.0000\" release=\"0.0000\" curve=\"0.0000\""
+                     " rndpitch=\"0.0000\" rnddecay=\"0.0000\" vel2vol=\"1.0000\" vel2offs=\"0.0000\" vel2prob=\"0.0000\""
+                     " probabl=\"1.0000\" msec=\"0.0000\" filenames=\""
+                     + XmlText::escaped (options.wavPath + "\n" + options.flacPath) + "\"/>\n";
     const auto length = static_cast<uint32_t> (xml.size() + 1);
 
     std::vector<char> block { 'V', 'C', '2', '!' };
@@ -301,6 +302,12 @@ std::vector<char> SmokeRun::currentState()
 
 bool SmokeRun::restoreSampleState()
 {
+    // A host on a non-English system hands the plug-in such paths; the script puts
+    // the first sample in a folder named with non-ASCII letters.
+    const auto nonAscii = std::any_of (options.wavPath.begin(), options.wavPath.end(),
+                                       [] (char c) { return (static_cast<unsigned char> (c) & 0x80) != 0; });
+    log.check (nonAscii, "first sample's path has non-ASCII letters: " + options.wavPath);
+
     const auto block = makeStateBlock();
     IPtr<MemoryStream> stream = owned (new MemoryStream (block));
 
@@ -324,7 +331,7 @@ bool SmokeRun::restoreSampleState()
         {
             foundVolume = true;
             const auto value = controller->getParamNormalized (info.id);
-            log.check (std::abs (value - 0.25) < 1.0e-4,
+            log.check (std::abs (value - stateVolume) < 1.0e-4,
                        "controller shows the restored volume (" + std::to_string (value) + ")");
         }
     }
@@ -349,8 +356,8 @@ void SmokeRun::renderNotes()
     component->activateBus (Vst::kAudio, Vst::kOutput, 0, true);
     component->activateBus (Vst::kEvent, Vst::kInput, 0, true);
 
-    Vst::ProcessSetup setup { Vst::kRealtime, Vst::kSample32, blockSize, sampleRate };
-    log.check (processor->setupProcessing (setup) == kResultOk, "processing set up (44.1 kHz, 512-sample blocks)");
+    Vst::ProcessSetup setup { Vst::kRealtime, Vst::kSample32, blockSize, hostRate };
+    log.check (processor->setupProcessing (setup) == kResultOk, "processing set up (48 kHz host, 512-sample blocks)");
 
     active = component->setActive (true) == kResultOk;
     log.check (active, "component activated");
@@ -377,30 +384,28 @@ void SmokeRun::renderNotes()
     // alternate across neighbouring keys. Each note is held for 20 blocks.
     // Expected pitches: the first file (440 Hz) has its root on key 60; the second
     // (660 Hz) has its root lowered by one to key 59, so key 61 plays it two
-    // semitones up. Both files and the host run at 44.1 kHz.
+    // semitones up. Both files hold 44.1 kHz audio and the host runs at 48 kHz.
     struct Phase { int16 key; const char* file; double expectedHz; };
     const Phase phases[] = { { 60, "first file", 440.0 }, { 61, "second file", 660.0 * std::pow (2.0, 2.0 / 12.0) } };
     constexpr int blocksPerNote = 20;
     constexpr int releaseBlocks = 60;
+
+    // The level is taken where the note is steady: after the sample's 10 ms fade-in
+    // and before the note-off.
+    constexpr int firstLevelBlock = 2, lastLevelBlock = blocksPerNote - 2;
+    const auto expectedRms = VolumeLaw (stateVolume, noteVelocity).sineRmsPerSide (samplePeak);
     bool allFinite = true;
 
     for (const auto& phase : phases)
     {
-        double sumOfSquares = 0.0;
-        float peak = 0.0f;
-
-        // Upward zero crossings of the left channel, at sub-sample positions; the
-        // pitch is the number of periods between the first and the last crossing.
-        float previous = 0.0f;
-        double firstCrossing = -1.0, lastCrossing = -1.0;
-        int crossings = 0;
+        ToneMeter meter (hostRate);
 
         for (int blockIndex = 0; blockIndex < blocksPerNote; ++blockIndex)
         {
             events->clear();
 
             if (blockIndex == 0)
-                events->addNoteOn (phase.key, 0.8f, 16);
+                events->addNoteOn (phase.key, noteVelocity, 16);
             else if (blockIndex == blocksPerNote - 1)
                 events->addNoteOff (phase.key, 0);
 
@@ -413,41 +418,27 @@ void SmokeRun::renderNotes()
                 return;
             }
 
-            for (int i = 0; i < blockSize; ++i)
-            {
-                const auto leftSample = left[static_cast<size_t> (i)];
+            const bool inLevelWindow = blockIndex >= firstLevelBlock && blockIndex <= lastLevelBlock;
 
-                if (previous < 0.0f && leftSample >= 0.0f)
-                {
-                    const auto position = static_cast<double> (blockIndex * blockSize + i - 1)
-                                          + static_cast<double> (previous / (previous - leftSample));
-                    lastCrossing = position;
-
-                    if (crossings++ == 0)
-                        firstCrossing = position;
-                }
-
-                previous = leftSample;
-
-                for (const auto sample : { left[static_cast<size_t> (i)], right[static_cast<size_t> (i)] })
-                {
-                    allFinite = allFinite && std::isfinite (sample);
-                    peak = std::max (peak, std::abs (sample));
-                    sumOfSquares += static_cast<double> (sample) * sample;
-                }
-            }
+            for (size_t i = 0; i < left.size(); ++i)
+                meter.add (left[i], right[i], inLevelWindow);
         }
 
-        const auto rms = std::sqrt (sumOfSquares / (2.0 * blockSize * blocksPerNote));
-        char figures[96];
-        std::snprintf (figures, sizeof (figures), "peak %.4f, rms %.5f", static_cast<double> (peak), rms);
-        log.check (peak > 1.0e-3f, std::string ("key ") + std::to_string (phase.key) + " (" + phase.file + ") renders audio: " + figures);
+        const auto keyText = std::string ("key ") + std::to_string (phase.key);
+        char figures[160];
+        std::snprintf (figures, sizeof (figures), "peak %.4f", static_cast<double> (meter.peak()));
+        log.check (meter.peak() > 1.0e-3f, keyText + " (" + phase.file + ") renders audio: " + figures);
 
-        const auto measuredHz = crossings > 1 ? (crossings - 1) * sampleRate / (lastCrossing - firstCrossing) : 0.0;
-        char pitch[96];
-        std::snprintf (pitch, sizeof (pitch), "%.1f Hz, expected %.1f Hz", measuredHz, phase.expectedHz);
-        log.check (std::abs (measuredHz / phase.expectedHz - 1.0) < 0.01,
-                   std::string ("key ") + std::to_string (phase.key) + " pitch " + pitch);
+        std::snprintf (figures, sizeof (figures), "%.1f Hz, expected %.1f Hz", meter.frequency(), phase.expectedHz);
+        log.check (std::abs (meter.frequency() / phase.expectedHz - 1.0) < 0.01, keyText + " pitch at 48 kHz " + figures);
+
+        // 0.25 dB leaves room for the interpolation and the 16-bit samples, and is
+        // far below the 3 dB that one wrong factor in the law would make.
+        const auto levelDb = 20.0 * std::log10 (std::max (meter.rms(), 1.0e-9) / expectedRms);
+        std::snprintf (figures, sizeof (figures), "rms %.5f per side, expected %.5f (volume %.2f, velocity %.4f): %+.2f dB",
+                       meter.rms(), expectedRms, stateVolume, static_cast<double> (noteVelocity), levelDb);
+        log.check (std::abs (levelDb) < 0.25, keyText + " level follows the volume law: " + figures);
+        allFinite = allFinite && meter.allFinite();
 
         // Let the released note ring out, so that it does not blend into the next
         // note's measurement.
@@ -471,8 +462,8 @@ void SmokeRun::roundTripState()
 
     log.note ("saved: " + xml);
     log.check (xml.find ("<settings") != std::string::npos, "saved state is a settings document");
-    log.check (xml.find (xmlEscaped (options.wavPath + "\n" + options.flacPath)) != std::string::npos,
-               "saved state keeps the two file paths");
+    log.check (XmlText::attribute (xml, "filenames") == options.wavPath + "\n" + options.flacPath,
+               "saved state gives the two file paths back unchanged (the non-ASCII one included)");
     log.check (xml.find ("volume=\"0.2500\"") != std::string::npos, "saved state keeps the restored volume");
 
     IPtr<MemoryStream> stream = owned (new MemoryStream (saved));
@@ -526,6 +517,7 @@ void SmokeRun::openEditor()
                        "editor window is " + std::to_string (childRect.right - childRect.left) + " x "
                            + std::to_string (childRect.bottom - childRect.top));
             checkEditorPicture (child);
+            checkContentScale (*view, *frame, child);
         }
 
         log.check (view->removed() == kResultOk, "editor detached");
@@ -534,6 +526,43 @@ void SmokeRun::openEditor()
     view->setFrame (nullptr);
     DestroyWindow (parent);
     pumpMessages (100);
+}
+
+// Asks for 150 % the way a Windows host on a high-DPI screen does. JUCE's VST3 editor
+// then scales the editor by a transform, asks the frame for the new size through
+// resizeView and reports it from getSize: the smallest whole-pixel size that holds the
+// scaled editor, so 375 x 400 becomes 563 x 600 (562.5 rounded up).
+void SmokeRun::checkContentScale (IPlugView& view, PlugFrame& frame, HWND editorWindow)
+{
+    FUnknownPtr<IPlugViewContentScaleSupport> scaling (&view);
+
+    if (! log.check (scaling != nullptr, "view offers IPlugViewContentScaleSupport"))
+        return;
+
+    constexpr double scale = 1.5;
+    const auto expectedWidth = static_cast<int32> (std::ceil (375 * scale));
+    const auto expectedHeight = static_cast<int32> (std::ceil (400 * scale));
+    const auto requestsBefore = frame.resizeRequests;
+
+    log.check (scaling->setContentScaleFactor (static_cast<IPlugViewContentScaleSupport::ScaleFactor> (scale)) == kResultTrue,
+               "view accepted a content scale of 1.5");
+    pumpMessages (1000);
+
+    const auto sizeText = [] (int32 width, int32 height) { return std::to_string (width) + " x " + std::to_string (height); };
+    const auto& asked = frame.lastRequest;
+    log.check (frame.resizeRequests > requestsBefore && asked.getWidth() == expectedWidth && asked.getHeight() == expectedHeight,
+               "at 150 % the editor asked the host for " + sizeText (asked.getWidth(), asked.getHeight())
+                   + " (expected " + sizeText (expectedWidth, expectedHeight) + ")");
+
+    ViewRect reported {};
+    view.getSize (&reported);
+    log.check (reported.getWidth() == expectedWidth && reported.getHeight() == expectedHeight,
+               "at 150 % getSize reports " + sizeText (reported.getWidth(), reported.getHeight()));
+
+    RECT client {};
+    GetClientRect (editorWindow, &client);
+    log.check (client.right - client.left == expectedWidth && client.bottom - client.top == expectedHeight,
+               "at 150 % the editor window is " + sizeText (client.right - client.left, client.bottom - client.top));
 }
 
 // Reads back what the editor painted: knobs, labels and texts give many colours,

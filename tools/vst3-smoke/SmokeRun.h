@@ -2,9 +2,11 @@
 
 #include "CheckLog.h"
 #include "HostApplication.h"
+#include "PlugFrame.h"
 
 #include "pluginterfaces/base/ipluginbase.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/ivstcomponent.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
@@ -51,6 +53,7 @@ private:
     bool unloadModule();
 
     void checkEditorPicture (HWND editorWindow);
+    void checkContentScale (Steinberg::IPlugView& view, PlugFrame& frame, HWND editorWindow);
     std::vector<char> makeStateBlock() const;
     std::vector<char> currentState();
 
