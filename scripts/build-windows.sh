@@ -59,6 +59,17 @@ export CCACHE_NOHASHDIR=1
 export CCACHE_IGNOREOPTIONS="-ffile-prefix-map=*"
 unset PKG_CONFIG_PATH
 
+# Ninja cannot see SOURCE_DATE_EPOCH: when it differs from the one this folder was
+# last built with, the sources that use the date macros (JUCE's juce_Time.cpp today)
+# are touched, so that every architecture's tree compiles them again.
+epoch_stamp="$build_dir/.source-date-epoch"
+if [ "$(cat "$epoch_stamp" 2>/dev/null || true)" != "$SOURCE_DATE_EPOCH" ]; then
+    grep -rlZ -E '__DATE__|__TIME__|__TIMESTAMP__' --include='*.c' --include='*.cpp' --include='*.h' \
+        "$modules" "$win_root/source" | xargs -0 -r touch
+    echo "$SOURCE_DATE_EPOCH" > "$epoch_stamp"
+fi
+echo "SOURCE_DATE_EPOCH=$SOURCE_DATE_EPOCH ($(date -u -d "@$SOURCE_DATE_EPOCH" '+%Y-%m-%d %H:%M:%S UTC'))"
+
 bundle_name="Vantrel Sampivo.vst3"
 for arch in "${archs[@]}"; do
     triplet="$(win_arch_triplet "$arch")"
