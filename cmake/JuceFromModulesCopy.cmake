@@ -1,8 +1,9 @@
 # Brings in JUCE's CMake API for builds that cannot use find_package(JUCE): the
-# Debian package's version file refuses 32-bit targets, so cross builds for i686
-# Windows include JUCE's CMake scripts directly and take the module sources from
-# SAMPIVO_JUCE_MODULES_COPY, a copy of the Debian modules with the changes that
-# 32-bit MinGW needs (made by scripts/windows/prepare-juce-modules.sh).
+# Debian package's version file refuses 32-bit targets, so the Windows cross builds
+# (i686, and x86_64 the same way so that both follow one path) include JUCE's CMake
+# scripts directly and take the module sources from SAMPIVO_JUCE_MODULES_COPY, a
+# copy of the Debian modules with the changes that MinGW needs (made by
+# scripts/windows/prepare-juce-modules.sh).
 #
 # The build-host tool juceaide (binary data, resource scripts, header generation)
 # is the Linux one from the same JUCE package: it runs on the build machine only.
@@ -41,3 +42,13 @@ foreach(module_dir IN LISTS sampivo_juce_module_dirs)
     endif()
 endforeach()
 unset(sampivo_juce_module_dirs)
+
+# The DLL must not depend on where the sources and the build folder are: paths that
+# reach the compiler absolute (__FILE__ in JUCE's modules and in our sources) are
+# written relative to fixed names. Later options win where prefixes nest, so the
+# build folder and the module copy come after the source tree that may hold them.
+# The build date comes from SOURCE_DATE_EPOCH (set by scripts/build-windows.sh).
+add_compile_options(
+    "-ffile-prefix-map=${CMAKE_SOURCE_DIR}=sampivo"
+    "-ffile-prefix-map=${CMAKE_BINARY_DIR}=build"
+    "-ffile-prefix-map=${SAMPIVO_JUCE_MODULES_COPY}=juce-modules")

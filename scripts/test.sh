@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The test command: installs the dependencies, builds everything and runs every test
 # through CTest. Editor tests need a display, so the run happens inside Xvfb. Where the
-# Windows cross compiler is installed, the Windows build and its DLL check run too.
+# Windows cross compilers (i686 and x86_64) are installed, the Windows build of both
+# architectures and its DLL checks run too.
 set -euo pipefail
 
 root="$(cd "$(dirname "$0")/.." && pwd)"
@@ -16,6 +17,7 @@ build_dir="${SAMPIVO_BUILD_DIR:-$root/build}"
         ctest --output-on-failure --timeout 600 --parallel "$(nproc 2>/dev/null || echo 2)"
 )
 
-if command -v i686-w64-mingw32-g++-posix >/dev/null 2>&1; then
+if command -v i686-w64-mingw32-g++-posix >/dev/null 2>&1 &&
+    command -v x86_64-w64-mingw32-g++-posix >/dev/null 2>&1; then
     "$root/scripts/windows/ci-check.sh"
 fi

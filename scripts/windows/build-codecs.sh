@@ -1,29 +1,36 @@
 #!/usr/bin/env bash
 # Cross-builds the codec libraries that JUCE's Debian modules take from the system
-# (libogg, libvorbis, FLAC, libpng, libjpeg) as static i686 Windows libraries, from
-# the pinned Debian sources, into one install prefix with pkg-config files. zlib
-# comes from Debian's libz-mingw-w64-dev. Safe to run again: a finished prefix whose
-# stamp matches the lock file is reused.
+# (libogg, libvorbis, FLAC, libpng, libjpeg) as static Windows libraries for one
+# architecture (i686 or x86_64), from the Debian sources that fetch-sources.sh
+# fetched and listed, into one install prefix with pkg-config files. zlib comes
+# from Debian's libz-mingw-w64-dev, which covers both architectures. Safe to run
+# again: a finished prefix whose stamp matches the source versions, the toolchain
+# file and this script is reused.
 #
-#   scripts/windows/build-codecs.sh <prefix>
+#   scripts/windows/build-codecs.sh <arch> <prefix> <versions-file>
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
 
-prefix="${1:-$win_cache/codecs}"
-lock="$win_root/scripts/windows/codec-sources.lock"
-toolchain="$win_root/cmake/toolchains/i686-w64-mingw32.cmake"
+arch="${1:?architecture (i686 or x86_64)}"
+prefix="${2:?install prefix}"
+versions="${3:?versions file written by fetch-sources.sh}"
+triplet="$(win_arch_triplet "$arch")"
+toolchain="$win_root/cmake/toolchains/$triplet.cmake"
 stamp="$prefix/.sampivo-codecs"
-stamp_value="$(cat "$lock" "$toolchain" "$0" | sha256sum | cut -d' ' -f1)"
+# The stamp names the versions only, not the cache paths beside them.
+stamp_value="$( (awk '{ print $1, $2 }' "$versions"; cat "$toolchain" "$0") | sha256sum | cut -d' ' -f1)"
 
 if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "$stamp_value" ]; then
-    echo "Codec libraries ready in $prefix"
+    echo "Codec libraries ($arch) ready in $prefix"
     exit 0
 fi
 
-apt_install cmake make g++-mingw-w64-i686-posix gcc-mingw-w64-i686-posix libz-mingw-w64-dev
+# shellcheck disable=SC2046
+apt_install cmake make $(win_arch_packages "$arch") libz-mingw-w64-dev
 
-work="$win_cache/codec-build"
-"$win_root/scripts/windows/fetch-sources.sh" "$win_cache/sources"
+source_dir() { awk -v name="$1" '$1 == name { print $3 }' "$versions"; }
+
+work="$win_cache/codec-build-$arch"
 rm -rf "$prefix" "$work"
 mkdir -p "$prefix" "$work"
 
@@ -32,7 +39,7 @@ jobs="$(nproc 2>/dev/null || echo 2)"
 cmake_build() {
     local name="$1"
     shift
-    cmake -S "$win_cache/sources/$name" -B "$work/$name" -G "Unix Makefiles" \
+    cmake -S "$(source_dir "$name")" -B "$work/$name" -G "Unix Makefiles" \
         -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
         -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_INSTALL_PREFIX="$prefix" \
@@ -62,7 +69,7 @@ step_end
 
 step_start "libpng"
 cmake_build libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_EXECUTABLES=OFF -DPNG_TESTS=OFF \
-    -DZLIB_INCLUDE_DIR=/usr/$win_triplet/include -DZLIB_LIBRARY=/usr/$win_triplet/lib/libz.a
+    -DZLIB_INCLUDE_DIR="/usr/$triplet/include" -DZLIB_LIBRARY="/usr/$triplet/lib/libz.a"
 step_end
 
 step_start "libjpeg-turbo"
@@ -71,8 +78,9 @@ cmake_build libjpeg-turbo -DENABLE_SHARED=OFF -DENABLE_STATIC=ON -DWITH_SIMD=OFF
     -DCMAKE_INSTALL_DOCDIR="$prefix/share/doc" -DCMAKE_INSTALL_MANDIR="$prefix/share/man"
 # JUCE compiles its JPEG loader with JPEG_INTERNALS, which needs the internal
 # header; Debian's libjpeg-dev installs it for the same reason.
-cp "$win_cache/sources/libjpeg-turbo/jpegint.h" "$prefix/include/"
+cp "$(source_dir libjpeg-turbo)/jpegint.h" "$prefix/include/"
 step_end
 
+awk '{ print $1, $2 }' "$versions" > "$prefix/codec-versions.txt"
 echo "$stamp_value" > "$stamp"
-echo "Codec libraries ready in $prefix"
+echo "Codec libraries ($arch) ready in $prefix"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Copies Debian's JUCE module sources into a build folder and makes the two changes
-# that 32-bit MinGW needs. The installed modules are never touched, and nothing of
+# that MinGW needs; one copy serves the i686 and the x86_64 build. The installed modules are never touched, and nothing of
 # JUCE is committed: the copy is made again whenever the script or the package
 # changes.
 #
@@ -35,12 +35,14 @@ replace_line() {
 
 # 1. i686 MinGW-w64 supports __uuidof like the 64-bit compiler does; JUCE's
 #    32-bit MinGW fallback would make every COM interface id a failing assertion.
+#    The x86_64 build took the __uuidof branch already and is not changed by this.
 replace_line "$dest/juce_core/native/juce_win32_ComSmartPtr.h" \
     '#if (JUCE_MINGW && JUCE_32BIT) || (! defined (_MSC_VER) && ! defined (__uuidof))' \
     '#if (! defined (_MSC_VER) && ! defined (__uuidof))'
 
 # 2. Windows headers define 'boolean' as unsigned char; libjpeg must see the same
-#    type with the system library too, not only with JUCE's bundled copy.
+#    type with the system library too, not only with JUCE's bundled copy (on both
+#    architectures).
 loader="$dest/juce_graphics/image_formats/juce_JPEGLoader.cpp"
 replace_line "$loader" \
     '#if JUCE_INCLUDE_JPEGLIB_CODE || ! defined (JUCE_INCLUDE_JPEGLIB_CODE)' \
