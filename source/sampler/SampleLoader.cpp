@@ -31,6 +31,8 @@ SampleLoader::~SampleLoader()
     signalThreadShouldExit();
     notify();
     waitForThreadToExit (-1);
+    delete incoming.exchange (nullptr);
+    delete returned.exchange (nullptr);
 
     {
         const std::lock_guard<std::mutex> lock (requestLock);
@@ -38,8 +40,6 @@ SampleLoader::~SampleLoader()
     }
 
     served.notify_all();
-    delete incoming.exchange (nullptr);
-    delete returned.exchange (nullptr);
 }
 
 bool SampleLoader::request (const juce::String& fileList, const SoundSettings& settings, bool force)
@@ -62,8 +62,12 @@ bool SampleLoader::request (const juce::String& fileList, const SoundSettings& s
 
 void SampleLoader::waitUntilDone()
 {
+    // The set that the last swap replaced must be back with this thread too: until it
+    // is, the returned mailbox is full and the next swap would leave the newest set
+    // waiting, so that an offline block would play an older one.
+    notify();
     std::unique_lock<std::mutex> lock (requestLock);
-    served.wait (lock, [this] { return done == requested; });
+    served.wait (lock, [this] { return done == requested && returned.load() == nullptr; });
 }
 
 void SampleLoader::applyToLoadedSounds (const SoundSettings& settings)
@@ -264,7 +268,13 @@ void SampleLoader::collectReturnedSet()
 {
     // The sounds that left may still sound in a voice: they stay here until they don't.
     if (std::unique_ptr<Sounds> set { returned.exchange (nullptr) })
+    {
         retired.addArray (*set);
+
+        // Under the lock, so that a waiter between its check and its sleep hears it.
+        const std::lock_guard<std::mutex> lock (requestLock);
+        served.notify_all();
+    }
 }
 
 void SampleLoader::releaseUnusedSounds()

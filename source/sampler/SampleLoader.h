@@ -41,8 +41,9 @@ public:
         thread. */
     bool request (const juce::String& fileList, const SoundSettings& settings, bool force);
 
-    /** Returns once every request made so far has been served (its set may still wait
-        in the mailbox for the rendering thread). */
+    /** Returns once every request made so far has been served and the set the last
+        swap replaced is back here, so that the next takeFinishedSet() takes the newest
+        set (which may still wait in the mailbox for the rendering thread). */
     void waitUntilDone();
 
     /** Swaps the newest finished set, if there is one, into the synthesiser. For the
