@@ -18,7 +18,7 @@ triplet="$(win_arch_triplet "$arch")"
 toolchain="$win_root/cmake/toolchains/$triplet.cmake"
 stamp="$prefix/.sampivo-codecs"
 # The stamp names the versions only, not the cache paths beside them.
-stamp_value="$( (awk '{ print $1, $2 }' "$versions"; cat "$toolchain" "$0") | sha256sum | cut -d' ' -f1)"
+stamp_value="$( (awk '{ print $1, $2 }' "$versions"; cat "$toolchain" "$(dirname "$toolchain")/MinGWCommon.cmake" "$0") | sha256sum | cut -d' ' -f1)"
 
 if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "$stamp_value" ]; then
     echo "Codec libraries ($arch) ready in $prefix"
