@@ -40,6 +40,14 @@ void VantrelSampivoAudioProcessor::SharedEnvelopeParameters::store (const juce::
 VantrelSampivoAudioProcessor::VantrelSampivoAudioProcessor()
     : juce::AudioProcessorVantrel (BusesProperties().withOutput ("Output", juce::AudioChannelSet::stereo(), true))
 {
+    // The first editor would make the process's Desktop, and on an X server without an
+    // XSettings daemon that asks gsettings for the theme and the scale in child processes.
+    // JUCE 7.0.5 closes each child's pipe twice, so a file opened in that moment on a
+    // loader thread could lose its descriptor. Made here, before any request reaches this
+    // loader (and before later instances exist), it cannot meet a load.
+    if (juce::MessageManager::existsAndIsCurrentThread())
+        juce::Desktop::getInstance();
+
     formatManager.registerBasicFormats();
 
     // Moved files found by the loader go into the project's list, unless a drop or a
