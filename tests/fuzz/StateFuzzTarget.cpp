@@ -6,6 +6,8 @@
 //    order, with the same values (each within the four decimals it was written with).
 #include "StateFuzzTarget.h"
 
+#include "support/Instrument.h"
+
 #include <cmath>
 #include <limits>
 
@@ -17,17 +19,6 @@ std::vector<float> parameterValues (juce::AudioProcessor& processor)
     for (auto* parameter : processor.getParameters())
         values.push_back (parameter->getValue());
     return values;
-}
-
-/** The attributes of a saved block, in document order, without the save time. */
-std::vector<std::pair<juce::String, juce::String>> savedAttributes (const juce::MemoryBlock& block)
-{
-    std::vector<std::pair<juce::String, juce::String>> attributes;
-    if (const auto xml = juce::AudioProcessorVantrel::parseStateBlock (block.getData(), (int) block.getSize()))
-        for (auto i = 0; i < xml->getNumAttributes(); ++i)
-            if (xml->getAttributeName (i) != "date_modified")
-                attributes.emplace_back (xml->getAttributeName (i), xml->getAttributeValue (i));
-    return attributes;
 }
 
 std::vector<uint8_t> bytesOf (const juce::MemoryBlock& block)
@@ -96,7 +87,7 @@ std::string StateFuzz::Harness::restoreAndCheck (const uint8_t* data, size_t siz
             return "a saved value restores to within the four decimals it was written with";
 
     processor.getStateInformation (second);
-    if (savedAttributes (first).empty() || savedAttributes (first) != savedAttributes (second))
+    if (Instrument::savedAttributes (first).empty() || Instrument::savedAttributes (first) != Instrument::savedAttributes (second))
         return "save, restore and save again is stable";
 
     return {};

@@ -10,8 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <string>
 
 namespace
 {
@@ -20,26 +18,9 @@ namespace
 juce::MemoryBlock stateOf (const juce::MemoryBlock& hostState, const char* childName)
 {
     juce::MemoryBlock decoded;
-
-    if (auto xml = juce::AudioProcessor::getXmlFromBinary (hostState.getData(), (int) hostState.getSize()))
-        if (auto* child = xml->getChildByName (childName))
-            decoded.fromBase64Encoding (child->getAllSubText());
-
+    if (const auto xml = juce::AudioProcessor::getXmlFromBinary (hostState.getData(), (int) hostState.getSize()); xml != nullptr && xml->getChildByName (childName) != nullptr)
+        decoded.fromBase64Encoding (xml->getChildByName (childName)->getAllSubText());
     return decoded;
-}
-
-/** The block with the value of its save time blanked (it has the same width in every save). */
-juce::MemoryBlock withoutSaveTime (juce::MemoryBlock block)
-{
-    const std::string key ("date_modified=\"");
-    auto* begin = static_cast<char*> (block.getData());
-    auto* end = begin + block.getSize();
-    auto* value = std::search (begin, end, key.begin(), key.end());
-
-    for (value += value != end ? (long) key.size() : 0; value < end && *value != '"'; ++value)
-        *value = '-';
-
-    return block;
 }
 
 /** The names a host reads from the component's program lists, as validators do. */
@@ -50,24 +31,15 @@ juce::StringArray programNames (juce::AudioPluginInstance& instance)
         void visitVST3Client (const VST3Client& client) override
         {
             Steinberg::FUnknownPtr<Steinberg::Vst::IUnitInfo> units (client.getIComponentPtr());
+            Steinberg::Vst::ProgramListInfo info {};
 
-            if (units == nullptr)
-                return;
-
-            for (Steinberg::int32 list = 0; list < units->getProgramListCount(); ++list)
-            {
-                Steinberg::Vst::ProgramListInfo info {};
-
-                if (units->getProgramListInfo (list, info) != Steinberg::kResultOk)
-                    continue;
-
-                for (Steinberg::int32 program = 0; program < info.programCount; ++program)
+            for (Steinberg::int32 list = 0; units != nullptr && list < units->getProgramListCount(); ++list)
+                for (Steinberg::int32 program = 0; units->getProgramListInfo (list, info) == Steinberg::kResultOk && program < info.programCount; ++program)
                 {
                     Steinberg::Vst::String128 name {};
                     units->getProgramName (info.id, program, name);
                     names.add (juce::String (juce::CharPointer_UTF16 ((const juce::CharPointer_UTF16::CharType*) name)));
                 }
-            }
         }
 
         juce::StringArray names;
@@ -97,33 +69,10 @@ TEST (Validator, EveryProgramIsNamedAndASaveAfterARestoreEqualsTheRestoredSave)
     instance->getStateInformation (second);
 
     const auto component = stateOf (first, "IComponent");
-    ASSERT_GT (component.getSize(), 8u);
-    EXPECT_EQ (withoutSaveTime (stateOf (second, "IComponent")), withoutSaveTime (component));
+    ASSERT_FALSE (Instrument::savedAttributes (component).empty());
+    EXPECT_EQ (Instrument::savedAttributes (stateOf (second, "IComponent")), Instrument::savedAttributes (component));
     EXPECT_EQ (stateOf (second, "IEditController").toBase64Encoding(), stateOf (first, "IEditController").toBase64Encoding());
     instance->releaseResources();
-}
-
-TEST (HostLevel, TheBundleDescribesAStereoInstrumentWithFourteenParametersAndABypass)
-{
-    const auto bundle = PluginBundle::bundleFromEnvironment();
-    juce::PluginDescription description;
-    juce::String error;
-    ASSERT_TRUE (PluginBundle::describe (bundle, description, error)) << error;
-    EXPECT_EQ (description.pluginFormatName, "VST3");
-    EXPECT_TRUE (description.fileOrIdentifier.endsWith ("Vantrel Sampivo.vst3"));
-    EXPECT_EQ (description.name + " / " + description.manufacturerName + " / " + description.version + " / " + description.category,
-               "Vantrel Sampivo / Vantrel / 1.0.0 / Instrument|Synth");
-    EXPECT_TRUE (description.isInstrument);
-
-    const auto plugin = PluginBundle::load (bundle, 44100.0, 256, error);
-    ASSERT_NE (plugin, nullptr) << error;
-    EXPECT_EQ (plugin->getBusCount (true), 0);
-    EXPECT_EQ (plugin->getBus (false, 0)->getCurrentLayout(), juce::AudioChannelSet::stereo());
-
-    // The wrapper appends its bypass switch to the fourteen parameters.
-    const auto& parameters = plugin->getParameters();
-    ASSERT_EQ (parameters.size(), 15);
-    EXPECT_EQ (parameters[14]->getName (100), "Bypass");
 }
 
 #if SAMPIVO_TEST_LV2
@@ -161,6 +110,6 @@ TEST (HostLevel, TheLv2PlaysANoteFromARestoredStateAndSavesThatState)
     EXPECT_GT (output.getMagnitude (0, 512), 0.1f);
 
     again.fromBase64Encoding (ownBytes (hostState()));
-    EXPECT_EQ (withoutSaveTime (again), withoutSaveTime (saved));
+    EXPECT_EQ (Instrument::savedAttributes (again), Instrument::savedAttributes (saved));
 }
 #endif

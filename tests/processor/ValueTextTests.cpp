@@ -10,7 +10,7 @@ using juce::AudioParameterFloatVantrel;
 namespace
 {
 // Which reachable value next to the row's minimum a boundary row shows (see below).
-enum class Side { exact, below, atOrAbove, atOrBelow, above };
+enum class Side { exact, below, atOrAbove };
 
 struct TextRow { const char* name; int kind; float lo, hi, value; const char* unit; const char* text; Side side = Side::exact; };
 
@@ -21,7 +21,7 @@ struct TextRow { const char* name; int kind; float lo, hi, value; const char* un
 float minimumGiving (float target, Side side)
 {
     auto lo = target, best = target;
-    auto bestX = side == Side::below || side == Side::atOrBelow ? 0.0f : std::numeric_limits<float>::max();
+    auto bestX = side == Side::below ? 0.0f : std::numeric_limits<float>::max();
 
     for (auto i = 0; i < 64; ++i)
         lo = std::nextafter (lo, 0.0f);
@@ -29,11 +29,7 @@ float minimumGiving (float target, Side side)
     for (auto i = 0; i < 128; ++i, lo = std::nextafter (lo, 1.0e30f))
     {
         const auto x = std::exp (std::log (lo));
-        const auto wanted = side == Side::below ? x < target && x > bestX
-                          : side == Side::atOrBelow ? x <= target && x > bestX
-                          : side == Side::atOrAbove ? x >= target && x < bestX
-                                                    : x > target && x < bestX;
-        if (wanted)
+        if (side == Side::below ? x < target && x > bestX : x >= target && x < bestX)
             bestX = x, best = lo;
     }
 
@@ -54,40 +50,24 @@ TEST_P (ValueText, ShowsTheRuleText)
 
 INSTANTIATE_TEST_SUITE_P (Processor, ValueText, testing::Values (
     TextRow { "PercentRoundsToNearest", 2, 0, 100, 0.126f, "%", "13 %" },
-    TextRow { "PercentSuppliesItsLabel", 2, 0, 100, 0.5f, "", "50 %" },
     TextRow { "CubicRange", 3, 2, 12, 0.5f, "x", "+3.2 x" },           // 0.125 * 10 + 2
-    TextRow { "CubicRangeOff", 3, 0, 10, 0.0f, "", "OFF" },
     TextRow { "DecibelsMiddle", 5, 0, 1, 0.5f, "dB", "+0.0 dB" },      // 20 log10 (8 v^3)
-    TextRow { "DecibelsTop", 5, 0, 1, 1.0f, "dB", "+18.1 dB" },
     TextRow { "DecibelsOff", 5, 0, 1, 0.0f, "dB", "OFF" },
     TextRow { "SmallDecibelsTop", 4, 0, 1, 1.0f, "", "+10.0 dB" },     // 20 log10 (3.162278 v^3)
     TextRow { "LinearFifteen", 8, 0, 1, -0.2f, "st", "-3.0 st" },
     TextRow { "SquaredOctaves", 9, 0, 1, 0.5f, "", "1.3 oct" },        // 4.9 v^2 + 0.1
     TextRow { "BipolarCentre", 11, -100, 100, 0.5f, "%", "  0 %" },
-    TextRow { "BipolarWide", 11, -100, 100, 0.75f, "%", "+50 %" },
     TextRow { "BipolarSpanOfEleven", 11, -5.5f, 5.5f, 0.5f, "dB", "  0 dB" },
     TextRow { "BipolarNarrowNearZero", 11, -5, 5, 0.505f, "dB", "  0.0 dB" },
-    TextRow { "BipolarNarrow", 11, -5, 5, 0.52f, "dB", "+0.2 dB" },
     TextRow { "RatioQuarter", 12, 1, 20, 0.25f, "", "1.9:1" },         // 1 / (0.5 (0.05 - 1) + 1)
-    TextRow { "RatioZeroEnd", 12, 0, 4, 0.0f, "", "0.0:1" },
-    TextRow { "GenericNormalised", 0, 0, 1, 0.3f, "", "0.3 " },
-    TextRow { "GenericWide", 0, 0, 30, 0.5f, "x", "15 x" },
     TextRow { "GenericTwoDecimals", 20, 0, 2.9f, 0.5f, "x", "1.45 x" },
-    TextRow { "GenericSigned", 0, -1, 1, 0.75f, "x", "+0.50 x" },
     TextRow { "AttackFourFifths", 7, 0.001f, 100, 0.8f, "ms", "10.0 ms" },
     TextRow { "LogTimeBelow3", 7, 3, 0, 0.5f, "ms", "3.00 ms", Side::below },
     TextRow { "LogTimeFrom3", 7, 3, 0, 0.5f, "ms", "3.0 ms", Side::atOrAbove },
-    TextRow { "LogTimeFrom30", 7, 30, 0, 0.5f, "ms", "30 ms", Side::atOrAbove },
-    TextRow { "FrequencyFrom03", 6, 0.3f, 0, 0.5f, "Hz", "0.30 Hz", Side::atOrAbove },
     TextRow { "PeriodBelow03", 6, 0.3f, 0, 0.5f, "Hz", "3 sec", Side::below },
     TextRow { "FrequencyFrom3", 6, 3, 0, 0.5f, "Hz", "3.0 Hz", Side::atOrAbove },
-    TextRow { "FrequencyAt1000", 6, 1000, 0, 0.5f, "Hz", "1000 Hz", Side::atOrBelow },
-    TextRow { "KiloAbove1000", 6, 1000, 0, 0.5f, "Hz", "1.0 kHz", Side::above },
-    TextRow { "WholeKiloAbove19000", 6, 19000, 0, 0.5f, "Hz", "19 kHz", Side::above },
-    TextRow { "DurationMilliseconds", 13, 0.25f, 0, 0.5f, "", "250 ms", Side::atOrAbove },
     TextRow { "DurationOneSecond", 13, 1, 0, 0.5f, "", "1 sec", Side::atOrAbove },
-    TextRow { "DurationOneMinute", 13, 90, 0, 0.5f, "", "1 minute", Side::atOrAbove },
-    TextRow { "DurationMicroseconds", 13, 0.0000155f, 0, 0.5f, "", "15 micros", Side::atOrAbove }),
+    TextRow { "DurationOneMinute", 13, 90, 0, 0.5f, "", "1 minute", Side::atOrAbove }),
     RowName());
 
 TEST (ValueTexts, ChoicesAndLabels)

@@ -24,23 +24,13 @@ juce::int64 stressSeed()
 }
 
 /** Runs body over and over on a thread of its own until stopped or destroyed. */
-class LoopThread
+struct LoopThread
 {
-public:
-    explicit LoopThread (std::function<void()> body)
-        : thread ([this, loopBody = std::move (body)] { for (; running.load(); ++count) loopBody(); }) {}
+    explicit LoopThread (std::function<void()> body) : thread ([this, loop = std::move (body)] { for (; running; ++count) loop(); }) {}
     ~LoopThread() { stop(); }
+    long stop() { running = false; if (thread.joinable()) thread.join(); return count; }
 
-    long stop()
-    {
-        running = false;
-        if (thread.joinable())
-            thread.join();
-        return count.load();
-    }
-
-private:
-    std::atomic<bool> running { true };
+    std::atomic<bool> running { true };   // both before the thread, which reads them at once
     std::atomic<long> count { 0 };
     std::thread thread;
 };

@@ -63,8 +63,7 @@ juce::AudioBuffer<float> engineRender (const NoteCase& c, const juce::File& file
         instrument.set (id, value);
 
     juce::StringArray list;
-    for (auto i = 0; i < c.files; ++i)
-        list.add (file.getFullPathName());
+    list.strings.insertMultiple (0, file.getFullPathName(), c.files);
 
     EXPECT_EQ (instrument.load (list), c.files);
     return instrument.play ((int) (c.renderSeconds * c.hostRate),
@@ -105,8 +104,7 @@ TEST_P (ReferenceRender, EverySampleIsWithinMinus80DecibelsOfTheRules)
     // them to the last bit there.
     const auto velocity = c.velocity / 127.0;
     // File i of n has root 60 - i and the keys i, i + n, i + 2n, ...
-    const auto hostRate = c.hostRate;
-    const auto ratio = std::pow (2.0, (c.note - 60 + c.note % c.files) / 12.0) * sourceRate / hostRate;
+    const auto ratio = std::pow (2.0, (c.note - 60 + c.note % c.files) / 12.0) * sourceRate / c.hostRate;
     const auto x = std::pow (std::clamp ((float) c.velocity / 127.0f * 1.05f, 0.0f, 1.0f), c.velToOffset * c.velToOffset * 3.0f);
     const auto span = c.milliseconds >= 0.5f ? (float) sourceRate : (float) (length + 4);
     auto position = c.velToOffset < 0.0001f ? 0.0 : std::clamp ((double) ((1.0f - x) * span), 0.0, (double) lastIndex);
@@ -117,10 +115,10 @@ TEST_P (ReferenceRender, EverySampleIsWithinMinus80DecibelsOfTheRules)
     // Envelope rates, stored as floats by the rules.
     const auto rateFor = [&] (double time)
     {
-        return (double) (float) (c.curve == 0 ? 1.0 - 1.0 / (time * hostRate)
-                                              : (c.curve == 1 ? 0.004 : 0.012) / (cube (time + 0.1) * hostRate));
+        return (double) (float) (c.curve == 0 ? 1.0 - 1.0 / (time * c.hostRate)
+                                              : (c.curve == 1 ? 0.004 : 0.012) / (cube (time + 0.1) * c.hostRate));
     };
-    const auto attackRate = (double) (float) (3.0 / (cube (attack) * hostRate)), decayRate = rateFor (decay), releaseRate = rateFor (release);
+    const auto attackRate = (double) (float) (3.0 / (cube (attack) * c.hostRate)), decayRate = rateFor (decay), releaseRate = rateFor (release);
     enum { attacking, decaying, sustaining, releasing, idle } stage = attacking;
     auto value = 0.0, worst = 0.0, peak = 0.0;
     auto sounding = true;
@@ -131,7 +129,7 @@ TEST_P (ReferenceRender, EverySampleIsWithinMinus80DecibelsOfTheRules)
 
         if (sounding)
         {
-            if (i == (int) (c.heldSeconds * hostRate) && stage != idle)
+            if (i == (int) (c.heldSeconds * c.hostRate) && stage != idle)
                 stage = releasing;
 
             if (stage == attacking && (value += attackRate) >= 1.0)

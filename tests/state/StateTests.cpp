@@ -22,23 +22,9 @@ std::string withLengthWord (std::string block, uint32_t lengthWord)
 std::string wrap (const std::string& text) { return withLengthWord ("VC2!...." + text + '\0', (uint32_t) text.size()); }
 std::string document (const std::string& element) { return wrap ("<?xml version=\"1.0\" encoding=\"UTF-8\"?> " + element); }
 
-std::string save (juce::AudioProcessor& processor)
-{
-    juce::MemoryBlock block;
-    processor.getStateInformation (block);
-    return std::string ((const char*) block.getData(), block.getSize());
-}
+std::string save (juce::AudioProcessor& processor) { juce::MemoryBlock b; processor.getStateInformation (b); return { (const char*) b.getData(), b.getSize() }; }
 
-/** The attributes of a saved block in document order, the save time left out. */
-std::vector<std::pair<juce::String, juce::String>> attributesOf (const std::string& block)
-{
-    std::vector<std::pair<juce::String, juce::String>> attributes;
-    const auto xml = juce::parseXML (juce::String::fromUTF8 (block.c_str() + 8));
-    for (auto i = 0; xml != nullptr && i < xml->getNumAttributes(); ++i)
-        if (xml->getAttributeName (i) != "date_modified")
-            attributes.emplace_back (xml->getAttributeName (i), xml->getAttributeValue (i));
-    return attributes;
-}
+auto attributesOf (const std::string& block) { return Instrument::savedAttributes ({ block.data(), block.size() }); }
 
 void restore (juce::AudioProcessor& processor, const std::string& block) { processor.setStateInformation (block.data(), (int) block.size()); }
 

@@ -120,3 +120,13 @@ Instrument::Note Instrument::on (int sample, int key, int velocity)
 {
     return { sample, juce::MidiMessage::noteOn (1, key, (juce::uint8) velocity) };
 }
+
+std::vector<std::pair<juce::String, juce::String>> Instrument::savedAttributes (const juce::MemoryBlock& block)
+{
+    std::vector<std::pair<juce::String, juce::String>> attributes;
+    if (const auto xml = juce::AudioProcessor::getXmlFromBinary (block.getData(), (int) block.getSize()))
+        for (auto i = 0; i < xml->getNumAttributes(); ++i)
+            if (xml->getAttributeName (i) != "date_modified")
+                attributes.emplace_back (xml->getAttributeName (i), xml->getAttributeValue (i));
+    return attributes;
+}

@@ -50,6 +50,10 @@ public:
 
     static Note on (int sample, int key, int velocity = 127);
 
+    /** The attributes of a saved block in document order, the save time left out: what
+        a save after a restore must give back. Empty for a block that isn't a save. */
+    static std::vector<std::pair<juce::String, juce::String>> savedAttributes (const juce::MemoryBlock& block);
+
     VantrelSampivoAudioProcessor processor;
     const int blockSize;
     const int channels;
