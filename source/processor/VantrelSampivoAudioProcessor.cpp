@@ -44,7 +44,7 @@ VantrelSampivoAudioProcessor::VantrelSampivoAudioProcessor()
     // XSettings daemon that asks gsettings for the theme and the scale in child processes.
     // JUCE 7.0.5 closes each child's pipe twice, so a file opened in that moment on a
     // loader thread could lose its descriptor. Made here, before any request reaches this
-    // loader (and before later instances exist), it cannot meet a load.
+    // loader or a later instance's, the Desktop runs them before any of those loads.
     if (juce::MessageManager::existsAndIsCurrentThread())
         juce::Desktop::getInstance();
 
